@@ -1,0 +1,14 @@
+# snmpdiscovery_warnings(TARGET): the warnings that every target of this project is compiled with.
+# They are errors unless SNMPDISCOVERY_WERROR is switched off, which is meant for packagers whose
+# compiler is newer than the ones that the project is tested with.
+
+option(SNMPDISCOVERY_WERROR "Treat compiler warnings as errors" ON)
+
+function(snmpdiscovery_warnings target)
+  target_compile_options(${target} PRIVATE
+      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+      -Wcast-align -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference
+      -Wformat=2 -Wimplicit-fallthrough -Wundef -Wunused
+      $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wuseless-cast>
+      $<$<BOOL:${SNMPDISCOVERY_WERROR}>:-Werror>)
+endfunction()
