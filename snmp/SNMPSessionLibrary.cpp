@@ -1,0 +1,64 @@
+// The process-wide set-up and tear-down of Net-SNMP.
+
+#include "snmp/SNMPSession.h"
+
+#include <stdlib.h> // setenv is POSIX: <cstdlib> does not promise it
+
+namespace UVARNETSNMP {
+
+std::string SNMPSession::m_SNMPName;
+
+bool SNMPSession::Initialize(const std::string& name, const std::string& persistentDir,
+                             const std::string& mibDir, const std::string& mib) {
+    Initialize(name, persistentDir, mibDir, std::vector<std::string>{mib});
+    return true;
+}
+
+bool SNMPSession::Initialize(const std::string& name, const std::string& persistentDir,
+                             const std::string& mibDir, const std::vector<std::string>& mibs) {
+    if (!m_SNMPName.empty()) {
+        return true;
+    }
+    if (!persistentDir.empty()) {
+        set_persistent_directory(persistentDir.c_str());
+    }
+    InitializeMIBS(mibDir, mibs);
+    init_snmp(name.c_str());
+    m_SNMPName = name;
+    return true;
+}
+
+bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs) {
+    std::string directory = mibDir;
+    // Asked for its side effect: the first question settles Net-SNMP's default directory.
+    netsnmp_get_mib_directory();
+    if (!directory.empty() && directory.back() == '/') {
+        directory.pop_back();
+    }
+    netsnmp_set_mib_directory(directory.c_str());
+
+    static const std::string separator = ":";
+    std::string joined;
+    for (const std::string& mib : mibs) {
+        if (mib.empty()) {
+            continue;
+        }
+        if (!joined.empty()) {
+            joined += separator;
+        }
+        joined += mib;
+    }
+    if (!joined.empty()) {
+        // No other thread reads the environment meanwhile: see Initialize.
+        setenv("MIBS", joined.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+    }
+    return true;
+}
+
+void SNMPSession::Terminate() {
+    if (!m_SNMPName.empty()) {
+        snmp_shutdown(m_SNMPName.c_str());
+    }
+}
+
+} // namespace UVARNETSNMP

@@ -1,0 +1,147 @@
+// Opening a session: fill a template from the security parameters, let Net-SNMP copy what it needs
+// while it opens the session, then release the heap copies that the template was given.
+
+#include "snmp/SNMPSession.h"
+
+#include <cstdlib>
+
+namespace UVARNETSNMP {
+
+namespace {
+
+constexpr long kTimeoutMicroseconds = 3000000; // until a resend
+constexpr int kRetries = 2;                    // resends after the first
+
+/// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
+/// unset. The outcome is not examined: a session without a key is refused when it is used.
+void DeriveKey(const netsnmp_session& session, const ByteString& passPhrase, unsigned char* key,
+               size_t* keyLength, size_t keyCapacity) {
+    if (passPhrase.empty()) {
+        return;
+    }
+    *keyLength = keyCapacity;
+    generate_Ku(session.securityAuthProto, static_cast<u_int>(session.securityAuthProtoLen),
+                passPhrase.data(), passPhrase.size(), key, keyLength);
+}
+
+void SetAuthProtocol(netsnmp_session& session, const std::string& protocol) {
+#ifndef NETSNMP_DISABLE_MD5
+    if (protocol == "MD5") {
+        session.securityAuthProto =
+            snmp_duplicate_objid(usmHMACMD5AuthProtocol, USM_AUTH_PROTO_MD5_LEN);
+        session.securityAuthProtoLen = USM_AUTH_PROTO_MD5_LEN;
+    }
+#endif
+    if (protocol == "SHA") {
+        session.securityAuthProto =
+            snmp_duplicate_objid(usmHMACSHA1AuthProtocol, USM_AUTH_PROTO_SHA_LEN);
+        session.securityAuthProtoLen = USM_AUTH_PROTO_SHA_LEN;
+    }
+}
+
+void SetPrivProtocol(netsnmp_session& session, const std::string& protocol) {
+#ifndef NETSNMP_DISABLE_DES
+    if (protocol == "DES") {
+        session.securityPrivProto =
+            snmp_duplicate_objid(usmDESPrivProtocol, USM_PRIV_PROTO_DES_LEN);
+        session.securityPrivProtoLen = USM_PRIV_PROTO_DES_LEN;
+    }
+#endif
+    if (protocol == "AES") {
+        // Unlike the others, and meant so: the copy goes unused, the session points at Net-SNMP's
+        // own array, and the length stays 0, with which Net-SNMP takes its default privacy
+        // protocol.
+        std::free(snmp_duplicate_objid(usmAESPrivProtocol, USM_PRIV_PROTO_AES_LEN));
+        const oid* const own = usmAESPrivProtocol;
+        // The field is not const because Net-SNMP frees it in its own sessions; ours is only read.
+        session.securityPrivProto = const_cast<oid*>(own);
+    }
+}
+
+void SetSecurityLevel(netsnmp_session& session, const std::string& level) {
+    if (level == "NoAuthNoPriv") {
+        session.securityLevel = SNMP_SEC_LEVEL_NOAUTH;
+    } else if (level == "AuthNoPriv") {
+        session.securityLevel = SNMP_SEC_LEVEL_AUTHNOPRIV;
+    } else if (level == "AuthPriv") {
+        session.securityLevel = SNMP_SEC_LEVEL_AUTHPRIV;
+    }
+}
+
+void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, char* peerName,
+          bool broadcast) {
+    // All that can throw comes first: from the first heap copy on, nothing may leave early.
+    const std::string authProtocol = security.LookupString("authprotocol");
+    const std::string privProtocol = security.LookupString("privprotocol");
+    const std::string securityEngineID = security.LookupString("securityengid");
+    const std::string contextEngineID = security.LookupString("contextengid");
+    const std::string securityLevel = security.LookupString("securitylevel");
+    const ByteString& authPassPhrase = security.Lookup("authpassphrase");
+    const ByteString& privPassPhrase = security.Lookup("privpassphrase");
+
+    snmp_sess_init(&session);
+    session.version = version;
+    session.peername = peerName;
+    session.timeout = kTimeoutMicroseconds;
+    session.retries = kRetries;
+    security.LookupDuplicate("community", &session.community, &session.community_len);
+
+    SetAuthProtocol(session, authProtocol);
+    DeriveKey(session, authPassPhrase, session.securityAuthKey, &session.securityAuthKeyLen,
+              USM_AUTH_KU_LEN);
+    if (!securityEngineID.empty()) {
+        SNMPSession::MakeEngineID(securityEngineID, &session.securityEngineID,
+                                  &session.securityEngineIDLen);
+    }
+    if (!contextEngineID.empty()) {
+        SNMPSession::MakeEngineID(contextEngineID, &session.contextEngineID,
+                                  &session.contextEngineIDLen);
+    }
+    SetPrivProtocol(session, privProtocol);
+    // With the authentication hash too: RFC 3414, 2.6 has one hash per user for both keys.
+    DeriveKey(session, privPassPhrase, session.securityPrivKey, &session.securityPrivKeyLen,
+              USM_PRIV_KU_LEN);
+    SetSecurityLevel(session, securityLevel);
+
+    security.LookupDuplicateString("securityname", &session.securityName, &session.securityNameLen);
+    security.LookupDuplicateString("contextname", &session.contextName, &session.contextNameLen);
+    if (broadcast) {
+        session.flags |= SNMP_FLAGS_UDP_BROADCAST;
+    }
+}
+
+template <typename T>
+void ReleaseCopy(T*& copy) {
+    std::free(copy);
+    copy = nullptr;
+}
+
+void ReleaseCopies(netsnmp_session& session) {
+    ReleaseCopy(session.community);
+    ReleaseCopy(session.contextEngineID);
+    ReleaseCopy(session.contextName);
+    ReleaseCopy(session.securityEngineID);
+    ReleaseCopy(session.securityName);
+    ReleaseCopy(session.securityAuthProto);
+    if (session.securityPrivProto == usmAESPrivProtocol) {
+        session.securityPrivProto = nullptr; // Net-SNMP's own, see SetPrivProtocol
+    }
+    ReleaseCopy(session.securityPrivProto);
+}
+
+} // namespace
+
+bool SNMPSession::InitializeSession(long version, bool broadcast) {
+    if (m_initialized || m_peerName.isNull()) {
+        return m_sessionPtr != nullptr;
+    }
+    Fill(m_session, m_security, version, m_peerName.get(), broadcast);
+    m_sessionHandle = snmp_sess_open(&m_session);
+    if (m_sessionHandle != nullptr) {
+        m_sessionPtr = snmp_sess_session(m_sessionHandle);
+    }
+    ReleaseCopies(m_session);
+    return m_sessionPtr != nullptr;
+}
+
+} // namespace UVARNETSNMP

@@ -1,0 +1,138 @@
+// Requests: one exchange, or one GET whose answers are gathered until a deadline.
+
+#include "snmp/SNMPSession.h"
+
+#include <Poco/Timestamp.h>
+
+#include <sys/select.h>
+
+namespace UVARNETSNMP {
+
+namespace {
+
+constexpr long kMaxRepetitions = 10;
+constexpr suseconds_t kTurnMicroseconds = 5000; // the longest wait of one turn
+
+/// Asks for oid's value. Non-repeaters and max-repetitions are the error-status and error-index of
+/// the other request types: those too go out with 0 and 10, on purpose.
+void FillRequest(snmp_pdu& request, const OID& oid) {
+    request.non_repeaters = 0;
+    request.max_repetitions = kMaxRepetitions;
+    snmp_add_null_var(&request, oid.oidptr(), oid.oidsize());
+}
+
+} // namespace
+
+snmp_pdu* SNMPSession::Get(const OID& oid) {
+    return Request(SNMP_MSG_GET, oid);
+}
+
+snmp_pdu* SNMPSession::GetNext(const OID& oid) {
+    return Request(SNMP_MSG_GETNEXT, oid);
+}
+
+snmp_pdu* SNMPSession::GetBulk(const OID& oid) {
+    if (!m_initialized || m_sessionPtr == nullptr) {
+        return nullptr;
+    }
+    if (m_session.version == SNMP_VERSION_1) {
+        return GetNext(oid);
+    }
+    snmp_pdu* const request = snmp_pdu_create(SNMP_MSG_GETBULK);
+    if (request == nullptr) {
+        return nullptr;
+    }
+    if (request->non_repeaters != 0) {
+        snmp_pdu* const response = GetNext(oid);
+        snmp_free_pdu(request);
+        return response;
+    }
+    return Exchange(request, oid);
+}
+
+snmp_pdu* SNMPSession::Request(int type, const OID& oid) {
+    if (!m_initialized || m_sessionPtr == nullptr) {
+        return nullptr;
+    }
+    snmp_pdu* const request = snmp_pdu_create(type);
+    return request == nullptr ? nullptr : Exchange(request, oid);
+}
+
+/// Takes request over, whatever comes of it: Net-SNMP frees it in every case.
+snmp_pdu* SNMPSession::Exchange(snmp_pdu* request, const OID& oid) {
+    FillRequest(*request, oid);
+    snmp_pdu* response = nullptr;
+    if (snmp_sess_synch_response(m_sessionHandle, request, &response) != STAT_SUCCESS) {
+        ReleasePDU(response);
+        return nullptr;
+    }
+    return response;
+}
+
+bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
+                      Poco::Timespan timeout) {
+    if (!m_initialized || m_sessionPtr == nullptr || callback == nullptr) {
+        return false;
+    }
+    RequestContext context = {this, 0, callback, userData};
+    const Poco::Timestamp deadline = Poco::Timestamp() + timeout.totalMicroseconds();
+    m_sessionPtr->callback = &SNMPSession::Callback;
+    m_sessionPtr->callback_magic = &context;
+
+    snmp_pdu* const request = snmp_pdu_create(SNMP_MSG_GET);
+    if (request == nullptr) {
+        return false;
+    }
+    FillRequest(*request, oid);
+    context.reqid = snmp_sess_send(m_sessionHandle, request);
+    if (context.reqid == 0) {
+        snmp_free_pdu(request);
+        return false;
+    }
+    // The request is still there: Net-SNMP keeps one that expects a response, as every GET does, in
+    // the session's list for its resends, and nothing has run since that could take it out.
+    request->flags &= ~static_cast<u_long>(UCD_MSG_FLAG_RESPONSE_PDU);
+
+    while (timeout.totalMicroseconds() > 0) {
+        ServeOnce();
+        timeout = Poco::Timespan(deadline - Poco::Timestamp());
+    }
+    return true;
+}
+
+/// One turn of the wait: until a response is read, a resend is due, or 5 ms have passed.
+void SNMPSession::ServeOnce() {
+    int count = 0;
+    int block = 0;
+    timeval wait = {0, kTurnMicroseconds};
+    fd_set ready;
+    FD_ZERO(&ready);
+    snmp_sess_select_info(m_sessionHandle, &count, &ready, &wait, &block);
+    if (select(count, &ready, nullptr, nullptr, &wait) > 0) {
+        snmp_sess_read(m_sessionHandle, &ready);
+    } else {
+        snmp_sess_timeout(m_sessionHandle);
+    }
+}
+
+int SNMPSession::Callback(int operation, snmp_session* /*session*/, int reqid, snmp_pdu* pdu,
+                          void* magic) {
+    const auto* const context = static_cast<const RequestContext*>(magic);
+    if (context == nullptr || context->reqid != reqid || pdu == nullptr ||
+        operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || context->callback == nullptr) {
+        return 0;
+    }
+    snmp_pdu* const response = snmp_clone_pdu(pdu);
+    if (response != nullptr) {
+        context->callback(*context->session, context->userData, response);
+    }
+    return 0;
+}
+
+void SNMPSession::ReleasePDU(snmp_pdu* pdu) {
+    if (pdu != nullptr) {
+        snmp_free_pdu(pdu);
+    }
+}
+
+} // namespace UVARNETSNMP
