@@ -1,0 +1,72 @@
+#pragma once
+
+#include "snmp/ByteString.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+namespace UVARNETSNMP {
+
+/// The named parameters from which a session fills its credentials: the community of SNMPv1 and
+/// SNMPv2c, and the user-based security settings of SNMPv3 (RFC 3414). A plain value around one
+/// map.
+///
+/// The set knows no key: it stores whatever it is given. Keys and values are compared exactly, with
+/// case. These are the keys that a session reads, all optional; it ignores every other one:
+///
+///     community        community, any bytes
+///     securityname     user name
+///     contextname      context name
+///     securitylevel    "NoAuthNoPriv", "AuthNoPriv" or "AuthPriv"
+///     authprotocol     "MD5" or "SHA"
+///     privprotocol     "DES" or "AES"
+///     authpassphrase   pass phrase from which the authentication key is derived
+///     privpassphrase   pass phrase from which the privacy key is derived
+///     securityengid    security engine ID, hexadecimal text of 5 to 32 octets
+///     contextengid     context engine ID, hexadecimal text of 5 to 32 octets
+///
+/// No operation reports a failure: a missing key reads as an empty value. Besides the standard
+/// library's own exception when memory is exhausted (construction, copying and LookupString), none
+/// throws.
+///
+/// Threads: concurrent reads of one object are safe; a write needs outside locking.
+class SNMPSecurity
+{
+public:
+    /// An empty set.
+    SNMPSecurity() = default;
+
+    /// A copy of every entry, unchanged.
+    explicit SNMPSecurity(const std::map<std::string, ByteString>& params);
+
+    /// Every entry with its value cut at the first NUL character, on purpose: a value given as text
+    /// ends where a C string would. An empty value is kept: its key is present.
+    explicit SNMPSecurity(const std::map<std::string, std::string>& params);
+
+    /// The value of `key`, valid while the set is unchanged; of a missing key, one empty string
+    /// that all such look-ups share and that lives until the process exits.
+    const ByteString& Lookup(const std::string& key) const noexcept;
+
+    /// The value of `key` read as NUL-terminated text: bytes after the first NUL are dropped. Empty
+    /// for a missing key.
+    std::string LookupString(const std::string& key) const;
+
+    /// Stores in `*out` a copy of the value of `key`, all its bytes followed by one NUL, and in
+    /// `*length` the number of its bytes, that NUL not counted. The caller owns the copy and
+    /// releases it with free(), which is also how Net-SNMP releases the texts of its sessions.
+    ///
+    /// When the key is missing or memory is exhausted `*length` is 0 and `*out` is left as it was,
+    /// so preset it to null. Either pointer may be null: the other result is still given.
+    void LookupDuplicate(const std::string& key, unsigned char** out,
+                         std::size_t* length) const noexcept;
+
+    /// The same as LookupDuplicate, for the fields that Net-SNMP declares as text.
+    void LookupDuplicateString(const std::string& key, char** out,
+                               std::size_t* length) const noexcept;
+
+private:
+    std::map<std::string, ByteString> m_params;
+};
+
+} // namespace UVARNETSNMP
