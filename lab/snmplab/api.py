@@ -1,0 +1,60 @@
+"""A lab in one call, for tests: each call is a process with namespaces of its own, so
+calls run side by side."""
+
+from __future__ import annotations
+
+import dataclasses
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+from typing import List, Mapping, Optional, Sequence, Tuple, Union
+
+from . import capture as capturing
+
+LAB = pathlib.Path(__file__).resolve().parent.parent / "lab"
+
+
+@dataclasses.dataclass(frozen=True)
+class Outcome:
+    """What became of a command in a lab."""
+
+    code: int
+    out: bytes
+    err: bytes
+    seconds: float  # the lab's own time included
+    datagrams: Tuple[capturing.Datagram, ...]  # empty without a capture
+
+
+def run_in_lab(
+    topology: Union[str, Mapping],
+    command: Sequence[str],
+    *,
+    capture: bool = False,
+    options: Sequence[str] = (),
+    env: Optional[Mapping[str, str]] = None,
+    timeout: float = 60,
+) -> Outcome:
+    """Runs `command` on the host of `topology` (as `lab --topology` takes it, or the
+    JSON as data) and returns what became of it; nothing is read from standard input.
+    Raises subprocess.TimeoutExpired after `timeout` seconds, the lab ended."""
+    source = topology if isinstance(topology, str) else json.dumps(topology)
+    line: List[str] = [sys.executable, str(LAB), "--topology", source, *options]
+    with tempfile.TemporaryDirectory(prefix="snmplab-") as folder:
+        packets = pathlib.Path(folder) / "packets"
+        if capture:
+            line += ["--capture", str(packets)]
+        started = time.monotonic()
+        done = subprocess.run(
+            [*line, "--", *command],
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            check=False,
+            env=env,
+            timeout=timeout,
+        )
+        seconds = time.monotonic() - started
+        found = capturing.load(packets) if packets.exists() else []
+    return Outcome(done.returncode, done.stdout, done.stderr, seconds, tuple(found))

@@ -1,0 +1,96 @@
+"""Net-SNMP's agent as Debian packages it, one in each namespace.
+
+Each has a folder of its own with its configuration and its persistent data, given by
+SNMPCONFPATH and SNMP_PERSISTENT_DIR, so that nothing of the machine's is read or
+written. SNMPCONFPATH stands for the whole search path, so it names the persistent
+folder too: SNMPv3 users are read from there. (The option -C would leave it out.)
+
+snmpd 5.9.3 answers a broadcast with the address that the request was sent to, the
+broadcast address, as the source of its answer; recent kernels refuse that with
+ENETUNREACH, so it stays silent (5.9.4 does it right). One rule in the agent's namespace
+therefore turns broadcast requests into unicast ones before routing: it makes the
+agent's own address their destination and "host" their packet type. The asker sees
+nothing of it: on the wire the request is a broadcast, and the answer comes from the
+agent's own address, as that of a printer does.
+"""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import subprocess
+from typing import Sequence
+
+from . import LabError
+from .namespaces import Namespace, run
+from .topology import Agent, Interface, User
+
+
+def start(
+    agent: Agent,
+    namespace: Namespace,
+    folder: pathlib.Path,
+    host_interfaces: Sequence[Interface],
+) -> subprocess.Popen:
+    """Starts snmpd for `agent`, its files in the new `folder`, its log in the file
+    "log" there; returns the process, which may not be listening yet."""
+    persistent = folder / "persistent"
+    persistent.mkdir(parents=True)
+    (folder / "snmpd.conf").write_text(_configuration(agent), encoding="utf-8")
+    (persistent / "snmpd.conf").write_text(_users(agent), encoding="utf-8")
+    environment = dict(
+        os.environ,
+        MIBS="",
+        SNMPCONFPATH=f"{folder}:{persistent}",
+        SNMP_PERSISTENT_DIR=str(persistent),
+    )
+    with namespace.entered():
+        run(["nft", "-f", "-"], _rules(agent.interfaces or host_interfaces))
+    try:
+        return namespace.start(
+            ["snmpd", "-f", "-r", "-Lf", str(folder / "log")],
+            env=environment,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+        )
+    except FileNotFoundError as error:
+        raise LabError("snmpd is not installed") from error
+
+
+def _configuration(agent: Agent) -> str:
+    lines = [
+        "agentAddress udp:0.0.0.0:161",
+        f'rocommunity "{agent.community}"',
+        f"sysName {agent.name}",
+    ]
+    lines += [f"rouser {user.name} {_level(user)}" for user in agent.users]
+    return "\n".join(lines) + "\n"
+
+
+def _level(user: User) -> str:
+    return "priv" if user.priv else "auth" if user.auth else "noauth"
+
+
+def _users(agent: Agent) -> str:
+    lines = []
+    for user in agent.users:
+        line = f"createUser {user.name}"
+        if user.auth:
+            line += f' {user.auth} "{user.auth_pass}"'
+        if user.priv:
+            line += f' {user.priv} "{user.priv_pass}"'
+        lines.append(line + "\n")
+    return "".join(lines)
+
+
+def _rules(interfaces: Sequence[Interface]) -> str:
+    rules = "".join(
+        f'iifname "{each.name}" ip daddr {address.network.broadcast_address} '
+        f"udp dport 161 ip daddr set {address.ip} meta pkttype set host\n"
+        for each in interfaces
+        for address in each.addresses
+        if address.version == 4 and address.network.prefixlen < 31
+    )
+    chain = f"type filter hook prerouting priority -300;\n{rules}"
+    return f"table ip lab {{\nchain requests {{\n{chain}}}\n}}\n"

@@ -1,0 +1,69 @@
+"""A network as data. `reading` makes it from JSON; whoever holds it need not check it
+again."""
+
+from __future__ import annotations
+
+import dataclasses
+import ipaddress
+from typing import Any, Dict, Tuple, Union
+
+AnyInterface = Union[ipaddress.IPv4Interface, ipaddress.IPv6Interface]
+
+
+@dataclasses.dataclass(frozen=True)
+class Interface:
+    """An interface of a node on the subnet (the wire) named `subnet`."""
+
+    name: str
+    subnet: str
+    addresses: Tuple[AnyInterface, ...]
+    up: bool = True
+
+
+@dataclasses.dataclass(frozen=True)
+class User:
+    """An SNMPv3 user; `auth` and `priv` are empty where the user has none."""
+
+    name: str
+    auth: str
+    auth_pass: str
+    priv: str
+    priv_pass: str
+
+
+@dataclasses.dataclass(frozen=True)
+class Behaviour:
+    """How the lab's own responder departs from a plain agent."""
+
+    copies: int = 1  # answers to one request
+    delay: float = 0.0  # seconds before the first
+    ignore: int = 0  # datagrams of one request left unanswered, so 1 waits for a resend
+    reply_from: str = ""  # source address of the answers, if another one
+
+
+@dataclasses.dataclass(frozen=True)
+class Agent:
+    """An agent in a namespace of its own, or on the host when it has no interfaces."""
+
+    name: str
+    kind: str
+    interfaces: Tuple[Interface, ...]
+    community: str
+    users: Tuple[User, ...]
+    behaviour: Behaviour
+
+    @property
+    def on_host(self) -> bool:
+        """Whether it shares the host's namespace."""
+        return not self.interfaces
+
+
+@dataclasses.dataclass(frozen=True)
+class Topology:
+    """The whole network: wires, the host's interfaces, the agents."""
+
+    name: str
+    title: str
+    subnets: Dict[str, Any]
+    interfaces: Tuple[Interface, ...]
+    agents: Tuple[Agent, ...]
