@@ -43,6 +43,12 @@ def _parser() -> argparse.ArgumentParser:
         default="demo",
         help="a topology of the lab's, a file, or JSON itself (default: demo)",
     )
+    add(
+        "--report",
+        metavar="FILE",
+        default="",
+        help="write the command's exit code and seconds as a JSON object",
+    )
     add("--user", action="store_true", help="use a user namespace, as root too")
     add(
         "--capture",
@@ -92,5 +98,5 @@ def _act(parser, options, command: List[str]) -> int:
         parser.error("a command is missing")
     # /sbin may be missing from an ordinary user's path; ip, nft and snmpd are there.
     os.environ["PATH"] = os.environ.get("PATH", "/usr/bin:/bin") + ":/usr/sbin:/sbin"
-    session = Session(wanted, options.capture, options.verbose)
+    session = Session(wanted, options.capture, options.report, options.verbose)
     return sandbox.run_isolated(lambda: session.run(command), options.user)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import pathlib
 import select
@@ -23,9 +24,17 @@ class Session:
     """Builds a lab and runs one command in it. Belongs to the first process of a fresh
     sandbox, which is the only place where it works."""
 
-    def __init__(self, topology: Topology, capture: str = "", verbose: bool = False):
+    def __init__(
+        self,
+        topology: Topology,
+        capture: str = "",
+        report: str = "",
+        verbose: bool = False,
+    ):
+        """`capture` and `report` are files to write, if not empty."""
         self._topology = topology
         self._capture = capture
+        self._report = report
         self._verbose = verbose
         self._started = time.monotonic()
         self._scratch = pathlib.Path(sandbox.SCRATCH)
@@ -47,13 +56,17 @@ class Session:
         )
         sniffer = self._start_capture(network.host)
         self._say(f"runs {' '.join(command)}")
+        started = time.monotonic()
         status = _run(network.host, command, environment)
+        seconds = time.monotonic() - started
         self._say(f"the command ended with {status}")
         if sniffer is not None:
             sniffer.terminate()
             if sniffer.wait(_CAPTURE_SECONDS) != 0:
                 raise LabError("the capture failed")
         agents.require_alive()
+        if self._report:
+            _write(self._report, {"code": status, "seconds": seconds})
         return status
 
     def _start_capture(self, host: Namespace) -> Optional[subprocess.Popen]:
@@ -73,6 +86,13 @@ class Session:
         if self._verbose:
             elapsed = time.monotonic() - self._started
             print(f"lab: {elapsed:.2f} s: {text}", file=sys.stderr, flush=True)
+
+
+def _write(path: str, report: dict) -> None:
+    try:
+        pathlib.Path(path).write_text(json.dumps(report) + "\n", encoding="ascii")
+    except OSError as error:
+        raise LabError(f"report {path}: {error.strerror}") from error
 
 
 def _run(host: Namespace, command: List[str], environment: dict) -> int:

@@ -1,6 +1,5 @@
 """The lab's command line: what it takes, passes through and fails with."""
 
-import pathlib
 import subprocess
 import sys
 import unittest
@@ -95,6 +94,12 @@ class PassingThrough(unittest.TestCase):
         outcome = api.run_in_lab(ALONE, ["printf", "%s,", "--", "--help", "-c"])
         self.assertEqual(outcome.out, b"--,--help,-c,")
 
+    def test_the_report_tells_the_command_s_own_time(self):
+        outcome = api.run_in_lab("demo", ["sh", "-c", "sleep 0.5; exit 3"])
+        self.assertEqual(outcome.code, 3)
+        self.assertGreaterEqual(outcome.seconds, 0.5)
+        self.assertLess(outcome.seconds, 5)
+
     def test_progress_is_told_on_request_and_on_standard_error(self):
         outcome = api.run_in_lab("demo", ["true"], options=["--verbose"])
         self.assertEqual(outcome.out, b"")
@@ -131,8 +136,8 @@ exit 0
         self.assertIn(b"agent odd: ended with -9", outcome.err)
 
     def test_a_capture_that_cannot_be_written_fails_the_lab(self):
-        path = pathlib.Path("/nonexistent/packets")
-        outcome = api.run_in_lab(ALONE, ["echo"], options=["--capture", str(path)])
+        options = ["--capture", "/nonexistent/packets"]
+        outcome = api.run_in_lab(ALONE, ["echo"], options=options)
         self.assertEqual((outcome.code, outcome.out), (125, b""))
 
 
