@@ -15,7 +15,8 @@ constexpr const char* kFixedBroadcast = "192.168.1.255";
 constexpr size_t kShortestEngineID = 5;
 constexpr size_t kLongestEngineID = 32;
 
-SNMPSecurity CommunityOnly(const std::string& community) {
+SNMPSecurity CommunityOnly(const std::string& community)
+{
     return SNMPSecurity(
         std::map<std::string, ByteString>{{"community", SNMPSession::snmpstring(community)}});
 }
@@ -24,14 +25,17 @@ SNMPSecurity CommunityOnly(const std::string& community) {
 
 SNMPSession::SNMPSession(long version, const std::string& community, const std::string& host,
                          bool broadcast)
-    : SNMPSession(version, CommunityOnly(community), host, broadcast) {}
+    : SNMPSession(version, CommunityOnly(community), host, broadcast)
+{}
 
 SNMPSession::SNMPSession(long version, const std::string& community)
-    : SNMPSession(version, community, kFixedBroadcast, true) {}
+    : SNMPSession(version, community, kFixedBroadcast, true)
+{}
 
 SNMPSession::SNMPSession(long version, const SNMPSecurity& security, const std::string& host,
                          bool broadcast)
-    : m_security(security) {
+    : m_security(security)
+{
     if (m_SNMPName.empty() || host.empty()) {
         return;
     }
@@ -42,18 +46,21 @@ SNMPSession::SNMPSession(long version, const SNMPSecurity& security, const std::
     m_initialized = true;
 }
 
-SNMPSession::~SNMPSession() {
+SNMPSession::~SNMPSession()
+{
     if (m_sessionHandle != nullptr) {
         snmp_sess_close(m_sessionHandle);
     }
 }
 
-ByteString SNMPSession::snmpstring(const std::string& text) {
+ByteString SNMPSession::snmpstring(const std::string& text)
+{
     return ByteString(text.c_str(), text.c_str() + std::strlen(text.c_str()));
 }
 
 bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
-                               size_t* engineIDLength) {
+                               size_t* engineIDLength)
+{
     if (engineID == nullptr || engineIDLength == nullptr) {
         return false;
     }

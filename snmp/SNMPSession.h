@@ -32,7 +32,8 @@ using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu
 ///
 /// Threads: Initialize and Terminate run on one thread while there is no session. A session belongs
 /// to the thread that made it; several sessions may live in several threads at once.
-class SNMPSession {
+class SNMPSession
+{
 public:
     /// Sets Net-SNMP up, once a process: persistentDir (empty: Net-SNMP's default) keeps its
     /// persistent state, mibDir holds the MIB files, mibs names the modules to load, and name is
@@ -115,7 +116,8 @@ public:
 
 protected:
     /// One asynchronous Get, on the stack of its caller; reqid is 0 until the request is sent.
-    struct RequestContext {
+    struct RequestContext
+    {
         SNMPSession* session;
         int reqid;
         ResponseCallback callback;

@@ -9,13 +9,15 @@ namespace UVARNETSNMP {
 std::string SNMPSession::m_SNMPName;
 
 bool SNMPSession::Initialize(const std::string& name, const std::string& persistentDir,
-                             const std::string& mibDir, const std::string& mib) {
+                             const std::string& mibDir, const std::string& mib)
+{
     Initialize(name, persistentDir, mibDir, std::vector<std::string>{mib});
     return true;
 }
 
 bool SNMPSession::Initialize(const std::string& name, const std::string& persistentDir,
-                             const std::string& mibDir, const std::vector<std::string>& mibs) {
+                             const std::string& mibDir, const std::vector<std::string>& mibs)
+{
     if (!m_SNMPName.empty()) {
         return true;
     }
@@ -28,7 +30,8 @@ bool SNMPSession::Initialize(const std::string& name, const std::string& persist
     return true;
 }
 
-bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs) {
+bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs)
+{
     std::string directory = mibDir;
     // Asked for its side effect: the first question settles Net-SNMP's default directory.
     netsnmp_get_mib_directory();
@@ -55,7 +58,8 @@ bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<st
     return true;
 }
 
-void SNMPSession::Terminate() {
+void SNMPSession::Terminate()
+{
     if (!m_SNMPName.empty()) {
         snmp_shutdown(m_SNMPName.c_str());
     }

@@ -15,7 +15,8 @@ constexpr int kRetries = 2;                    // resends after the first
 /// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
 /// unset. The outcome is not examined: a session without a key is refused when it is used.
 void DeriveKey(const netsnmp_session& session, const ByteString& passPhrase, unsigned char* key,
-               size_t* keyLength, size_t keyCapacity) {
+               size_t* keyLength, size_t keyCapacity)
+{
     if (passPhrase.empty()) {
         return;
     }
@@ -24,7 +25,8 @@ void DeriveKey(const netsnmp_session& session, const ByteString& passPhrase, uns
                 passPhrase.data(), passPhrase.size(), key, keyLength);
 }
 
-void SetAuthProtocol(netsnmp_session& session, const std::string& protocol) {
+void SetAuthProtocol(netsnmp_session& session, const std::string& protocol)
+{
 #ifndef NETSNMP_DISABLE_MD5
     if (protocol == "MD5") {
         session.securityAuthProto =
@@ -39,7 +41,8 @@ void SetAuthProtocol(netsnmp_session& session, const std::string& protocol) {
     }
 }
 
-void SetPrivProtocol(netsnmp_session& session, const std::string& protocol) {
+void SetPrivProtocol(netsnmp_session& session, const std::string& protocol)
+{
 #ifndef NETSNMP_DISABLE_DES
     if (protocol == "DES") {
         session.securityPrivProto =
@@ -58,7 +61,8 @@ void SetPrivProtocol(netsnmp_session& session, const std::string& protocol) {
     }
 }
 
-void SetSecurityLevel(netsnmp_session& session, const std::string& level) {
+void SetSecurityLevel(netsnmp_session& session, const std::string& level)
+{
     if (level == "NoAuthNoPriv") {
         session.securityLevel = SNMP_SEC_LEVEL_NOAUTH;
     } else if (level == "AuthNoPriv") {
@@ -69,7 +73,8 @@ void SetSecurityLevel(netsnmp_session& session, const std::string& level) {
 }
 
 void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, char* peerName,
-          bool broadcast) {
+          bool broadcast)
+{
     // All that can throw comes first: from the first heap copy on, nothing may leave early.
     const std::string authProtocol = security.LookupString("authprotocol");
     const std::string privProtocol = security.LookupString("privprotocol");
@@ -111,12 +116,14 @@ void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, 
 }
 
 template <typename T>
-void ReleaseCopy(T*& copy) {
+void ReleaseCopy(T*& copy)
+{
     std::free(copy);
     copy = nullptr;
 }
 
-void ReleaseCopies(netsnmp_session& session) {
+void ReleaseCopies(netsnmp_session& session)
+{
     ReleaseCopy(session.community);
     ReleaseCopy(session.contextEngineID);
     ReleaseCopy(session.contextName);
@@ -131,7 +138,8 @@ void ReleaseCopies(netsnmp_session& session) {
 
 } // namespace
 
-bool SNMPSession::InitializeSession(long version, bool broadcast) {
+bool SNMPSession::InitializeSession(long version, bool broadcast)
+{
     if (m_initialized || m_peerName.isNull()) {
         return m_sessionPtr != nullptr;
     }

@@ -15,7 +15,8 @@ constexpr suseconds_t kTurnMicroseconds = 5000; // the longest wait of one turn
 
 /// Asks for oid's value. Non-repeaters and max-repetitions are the error-status and error-index of
 /// the other request types: those too go out with 0 and 10, on purpose.
-void FillRequest(snmp_pdu& request, const OID& oid) {
+void FillRequest(snmp_pdu& request, const OID& oid)
+{
     request.non_repeaters = 0;
     request.max_repetitions = kMaxRepetitions;
     snmp_add_null_var(&request, oid.oidptr(), oid.oidsize());
@@ -23,15 +24,18 @@ void FillRequest(snmp_pdu& request, const OID& oid) {
 
 } // namespace
 
-snmp_pdu* SNMPSession::Get(const OID& oid) {
+snmp_pdu* SNMPSession::Get(const OID& oid)
+{
     return Request(SNMP_MSG_GET, oid);
 }
 
-snmp_pdu* SNMPSession::GetNext(const OID& oid) {
+snmp_pdu* SNMPSession::GetNext(const OID& oid)
+{
     return Request(SNMP_MSG_GETNEXT, oid);
 }
 
-snmp_pdu* SNMPSession::GetBulk(const OID& oid) {
+snmp_pdu* SNMPSession::GetBulk(const OID& oid)
+{
     if (!m_initialized || m_sessionPtr == nullptr) {
         return nullptr;
     }
@@ -50,7 +54,8 @@ snmp_pdu* SNMPSession::GetBulk(const OID& oid) {
     return Exchange(request, oid);
 }
 
-snmp_pdu* SNMPSession::Request(int type, const OID& oid) {
+snmp_pdu* SNMPSession::Request(int type, const OID& oid)
+{
     if (!m_initialized || m_sessionPtr == nullptr) {
         return nullptr;
     }
@@ -59,7 +64,8 @@ snmp_pdu* SNMPSession::Request(int type, const OID& oid) {
 }
 
 /// Takes request over, whatever comes of it: Net-SNMP frees it in every case.
-snmp_pdu* SNMPSession::Exchange(snmp_pdu* request, const OID& oid) {
+snmp_pdu* SNMPSession::Exchange(snmp_pdu* request, const OID& oid)
+{
     FillRequest(*request, oid);
     snmp_pdu* response = nullptr;
     if (snmp_sess_synch_response(m_sessionHandle, request, &response) != STAT_SUCCESS) {
@@ -70,7 +76,8 @@ snmp_pdu* SNMPSession::Exchange(snmp_pdu* request, const OID& oid) {
 }
 
 bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
-                      Poco::Timespan timeout) {
+                      Poco::Timespan timeout)
+{
     if (!m_initialized || m_sessionPtr == nullptr || callback == nullptr) {
         return false;
     }
@@ -101,12 +108,20 @@ bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
 }
 
 /// One turn of the wait: until a response is read, a resend is due, or 5 ms have passed.
-void SNMPSession::ServeOnce() {
+void SNMPSession::ServeOnce()
+{
     int count = 0;
     int block = 0;
     timeval wait = {0, kTurnMicroseconds};
     fd_set ready;
     FD_ZERO(&ready);
+    // A stream whose peer hung up ("tcp:" hosts) has no descriptor left, and snmp_sess_select_info
+    // answers that by freeing the session, which is the destructor's to close: only wait.
+    const netsnmp_transport* const transport = snmp_sess_transport(m_sessionHandle);
+    if (transport == nullptr || transport->sock < 0) {
+        select(0, nullptr, nullptr, nullptr, &wait);
+        return;
+    }
     snmp_sess_select_info(m_sessionHandle, &count, &ready, &wait, &block);
     if (select(count, &ready, nullptr, nullptr, &wait) > 0) {
         snmp_sess_read(m_sessionHandle, &ready);
@@ -116,7 +131,8 @@ void SNMPSession::ServeOnce() {
 }
 
 int SNMPSession::Callback(int operation, snmp_session* /*session*/, int reqid, snmp_pdu* pdu,
-                          void* magic) {
+                          void* magic)
+{
     const auto* const context = static_cast<const RequestContext*>(magic);
     if (context == nullptr || context->reqid != reqid || pdu == nullptr ||
         operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || context->callback == nullptr) {
@@ -129,7 +145,8 @@ int SNMPSession::Callback(int operation, snmp_session* /*session*/, int reqid, s
     return 0;
 }
 
-void SNMPSession::ReleasePDU(snmp_pdu* pdu) {
+void SNMPSession::ReleasePDU(snmp_pdu* pdu)
+{
     if (pdu != nullptr) {
         snmp_free_pdu(pdu);
     }

@@ -1,0 +1,150 @@
+#pragma once
+
+#include "snmp/SNMPSession.h"
+
+#include <Poco/Timestamp.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Stands in for Net-SNMP, select() and the clock: the test program defines these functions itself,
+/// which a linker takes in preference to the shared libraries'. While one of these objects lives it
+/// records every call in order and answers as the test told it; where it has nothing to decide it
+/// lets the real function do the work. A call while none lives, a call that a test did not take
+/// (but for snmp_sess_close) and a handle not closed, or not once, fail the test. Threads: none;
+/// everything happens on the test's own.
+class FakeNetSNMP
+{
+public:
+    FakeNetSNMP();
+    ~FakeNetSNMP();
+    FakeNetSNMP(const FakeNetSNMP&) = delete;
+    FakeNetSNMP& operator=(const FakeNetSNMP&) = delete;
+
+    /// The calls since the last time, oldest first, as "name(arguments)".
+    std::vector<std::string> TakeCalls();
+    /// Drops the calls so far: a test's own preparation.
+    void ForgetCalls();
+
+    /// What snmp_sess_open is handed. Texts and keys are copies; a null field has no value.
+    struct Template
+    {
+        netsnmp_session raw; ///< pointers in it are not to be followed afterwards
+        std::string peerName;
+        std::optional<std::string> community;
+        std::optional<std::string> contextEngineID;
+        std::optional<std::string> contextName;
+        std::optional<std::string> securityEngineID;
+        std::optional<std::string> securityName;
+        std::vector<oid> authProtocol;
+        std::vector<oid> privProtocol; ///< as many as its length says
+        std::string authKey;
+        std::string privKey;
+    };
+    std::vector<Template> opened;
+    bool openSucceeds = true;
+    bool keysAreDerived = true; ///< false: generate_Ku reports a failure and derives nothing
+    /// The session that snmp_sess_session gives; its address is the handle, too.
+    netsnmp_session live = {};
+
+    /// What a request looked like when it was sent.
+    struct Sent
+    {
+        int command;
+        long errorStatus;
+        long errorIndex;
+        std::vector<std::string> bindings; ///< "OID type"
+    };
+    std::vector<Sent> sent;
+    bool createFails = false;
+    bool cloneFails = false;
+    /// What snmp_pdu_create presets non-repeaters to, if not as Net-SNMP does.
+    std::optional<long> presetNonRepeaters;
+    int status = STAT_SUCCESS;            ///< of the next synchronous exchange
+    snmp_pdu* response = nullptr;         ///< of the next synchronous exchange
+    std::function<int(snmp_pdu&)> onSend; ///< gives the request ID, 0 for a failure
+    std::function<int()> onSelect;        ///< gives select's result
+    std::function<void()> onRead;         ///< Net-SNMP reads: the place to deliver answers
+    int descriptor = 7;                   ///< of the live session, -1 when its stream is closed
+    timeval nextResend = {3, 0};          ///< from now; bounds the wait of select
+
+    /// One event of the live session, as Net-SNMP tells it: to the callback that is set in it.
+    int Deliver(int operation, int requestID, snmp_pdu* pdu);
+
+    /// The request that was sent asynchronously, as long as it is outstanding; else null.
+    const snmp_pdu* Outstanding() const { return m_outstanding; }
+    /// Ends it, as closing the session does.
+    void DropOutstanding();
+    /// A PDU of the test's own, called `name` in the record and real in all else.
+    snmp_pdu* MakePDU(const std::string& name, int command);
+    /// What the record calls a PDU.
+    std::string NameOf(const snmp_pdu* pdu) const;
+
+    /// The clock that Poco::Timestamp shows, in microseconds since 1970.
+    Poco::Timestamp::TimeVal now = 1700000000000000;
+
+    /// Numbers joined by dots; "none" without any.
+    static std::string Text(const oid* name, size_t length);
+    /// Two lower-case digits an octet.
+    static std::string Hex(const std::string& octets);
+
+    // For the functions that stand in.
+    /// The function of the shared library that the one of this program hides.
+    template <typename Function>
+    static Function* Real(const char* name)
+    {
+        return reinterpret_cast<Function*>(RealSymbol(name));
+    }
+    static void* RealSymbol(const char* name);
+    static FakeNetSNMP& Current(const char* function);
+    static FakeNetSNMP* CurrentOrNull();
+    void Record(const std::string& call);
+    void Name(const snmp_pdu* pdu, const std::string& name) { m_names[pdu] = name; }
+    void Open(const netsnmp_session& session);
+    void Send(const snmp_pdu& request);
+    void SetOutstanding(snmp_pdu* request) { m_outstanding = request; }
+    netsnmp_transport transport = {};
+    int openHandles = 0;
+    size_t created = 0;
+    size_t cloned = 0;
+
+private:
+    std::vector<std::string> m_calls;
+    std::map<const snmp_pdu*, std::string> m_names;
+    snmp_pdu* m_outstanding = nullptr;
+};
+
+/// A session whose fields a test may look at, and the name that tells whether the library is set
+/// up.
+class OpenBook : public UVARNETSNMP::SNMPSession
+{
+public:
+    using SNMPSession::m_initialized;
+    using SNMPSession::m_peerName;
+    using SNMPSession::m_security;
+    using SNMPSession::m_session;
+    using SNMPSession::m_sessionHandle;
+    using SNMPSession::m_sessionPtr;
+    using SNMPSession::m_SNMPName;
+    using SNMPSession::RequestContext;
+    using SNMPSession::SNMPSession;
+};
+
+/// Makes the library count as set up under `name`, or as not set up (empty), for a scope.
+class NameGuard
+{
+public:
+    explicit NameGuard(const std::string& name) : m_former(OpenBook::m_SNMPName)
+    {
+        OpenBook::m_SNMPName = name;
+    }
+    ~NameGuard() { OpenBook::m_SNMPName = m_former; }
+    NameGuard(const NameGuard&) = delete;
+    NameGuard& operator=(const NameGuard&) = delete;
+
+private:
+    std::string m_former;
+};

@@ -1,0 +1,211 @@
+// Setting Net-SNMP up and shutting it down: which of its functions are called, in which order, with
+// what, and what the environment holds by then.
+
+#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/support/Guards.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using TestSupport::EnvironmentGuard;
+using UVARNETSNMP::SNMPSession;
+
+using Names = std::vector<std::string>;
+
+std::optional<std::string> Environment(const char* name)
+{
+    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+class SNMPSessionLibrary : public ::testing::Test
+{
+protected:
+    NameGuard m_name{""};
+    EnvironmentGuard m_mibs{"MIBS", std::nullopt};
+    FakeNetSNMP m_fake;
+};
+
+TEST_F(SNMPSessionLibrary, InitializeSetsNetSNMPUpInOrder)
+{
+    EXPECT_TRUE(SNMPSession::Initialize("Discovery", "/persistent", "/mibs", "Printer-MIB"));
+
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("set_persistent_directory(\"/persistent\") MIBS=null",
+                            "netsnmp_get_mib_directory() MIBS=null",
+                            "netsnmp_set_mib_directory(\"/mibs\") MIBS=null",
+                            "init_snmp(\"Discovery\") MIBS=\"Printer-MIB\" name=\"\""));
+    EXPECT_EQ(OpenBook::m_SNMPName, "Discovery");
+}
+
+TEST_F(SNMPSessionLibrary, InitializeWithAListDoesTheSame)
+{
+    EXPECT_TRUE(SNMPSession::Initialize("Discovery", "/persistent", "/mibs",
+                                        Names{"SNMPv2-MIB", "Printer-MIB"}));
+
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("set_persistent_directory(\"/persistent\") MIBS=null",
+                            "netsnmp_get_mib_directory() MIBS=null",
+                            "netsnmp_set_mib_directory(\"/mibs\") MIBS=null",
+                            "init_snmp(\"Discovery\") MIBS=\"SNMPv2-MIB:Printer-MIB\" name=\"\""));
+    EXPECT_EQ(OpenBook::m_SNMPName, "Discovery");
+}
+
+TEST_F(SNMPSessionLibrary, ASecondInitializeChangesNothing)
+{
+    SNMPSession::Initialize("Discovery", "/persistent", "/mibs", "Printer-MIB");
+    m_fake.ForgetCalls();
+
+    EXPECT_TRUE(SNMPSession::Initialize("Other", "/elsewhere", "/others", "IF-MIB"));
+    EXPECT_TRUE(SNMPSession::Initialize("Other", "/elsewhere", "/others", Names{"IF-MIB"}));
+
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+    EXPECT_EQ(OpenBook::m_SNMPName, "Discovery");
+    EXPECT_EQ(Environment("MIBS"), "Printer-MIB");
+}
+
+TEST_F(SNMPSessionLibrary, AnEmptyPersistentDirectoryKeepsNetSNMPsDefault)
+{
+    SNMPSession::Initialize("Discovery", "", "/mibs", "Printer-MIB");
+
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("netsnmp_get_mib_directory() MIBS=null",
+                            "netsnmp_set_mib_directory(\"/mibs\") MIBS=null",
+                            "init_snmp(\"Discovery\") MIBS=\"Printer-MIB\" name=\"\""));
+}
+
+TEST_F(SNMPSessionLibrary, AnEmptyNameInitialisesButDoesNotCountAsSetUp)
+{
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_TRUE(SNMPSession::Initialize("", "", "/mibs", Names{}));
+
+        EXPECT_THAT(m_fake.TakeCalls(),
+                    ElementsAre("netsnmp_get_mib_directory() MIBS=null",
+                                "netsnmp_set_mib_directory(\"/mibs\") MIBS=null",
+                                "init_snmp(\"\") MIBS=null name=\"\""));
+        EXPECT_EQ(OpenBook::m_SNMPName, "");
+    }
+    SNMPSession::Terminate();
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+}
+
+TEST_F(SNMPSessionLibrary, ThePersistentDirectoryIsTakenAsItIs)
+{
+    SNMPSession::Initialize("Discovery", "/persistent/", "/mibs", Names{});
+
+    EXPECT_EQ(m_fake.TakeCalls().front(), "set_persistent_directory(\"/persistent/\") MIBS=null");
+}
+
+TEST_F(SNMPSessionLibrary, TheMIBDirectoryLosesOneTrailingSeparator)
+{
+    struct Case
+    {
+        const char* name;
+        const char* given;
+        const char* handedOver;
+    };
+    const Case cases[] = {
+        {"none", "/mibs", "/mibs"},
+        {"one", "/mibs/", "/mibs"},
+        {"two keep one", "/mibs//", "/mibs/"},
+        {"nothing but one", "/", ""},
+        {"inside", "/a/b", "/a/b"},
+        {"empty", "", ""},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_TRUE(SNMPSession::InitializeMIBS(row.given, {}));
+        EXPECT_THAT(m_fake.TakeCalls(), ElementsAre("netsnmp_get_mib_directory() MIBS=null",
+                                                    std::string("netsnmp_set_mib_directory(\"") +
+                                                        row.handedOver + "\") MIBS=null"));
+    }
+}
+
+TEST_F(SNMPSessionLibrary, MIBNamesAreJoinedByColons)
+{
+    struct Case
+    {
+        const char* name;
+        Names mibs;
+        std::optional<std::string> inherited;
+        std::optional<std::string> afterwards;
+    };
+    const Case cases[] = {
+        {"one", {"Printer-MIB"}, std::nullopt, "Printer-MIB"},
+        {"one replaces the inherited", {"Printer-MIB"}, "ALL", "Printer-MIB"},
+        {"two", {"A-MIB", "B-MIB"}, std::nullopt, "A-MIB:B-MIB"},
+        {"an empty one between", {"A-MIB", "", "B-MIB"}, std::nullopt, "A-MIB:B-MIB"},
+        {"an empty one first", {"", "A-MIB"}, std::nullopt, "A-MIB"},
+        {"an empty one last", {"A-MIB", ""}, std::nullopt, "A-MIB"},
+        {"only empty ones, unset", {"", ""}, std::nullopt, std::nullopt},
+        {"only empty ones, inherited", {"", ""}, "ALL", "ALL"},
+        {"none, unset", {}, std::nullopt, std::nullopt},
+        {"none, inherited", {}, "ALL", "ALL"},
+        {"none, inherited empty", {}, "", ""},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        const EnvironmentGuard mibs("MIBS", row.inherited);
+        EXPECT_TRUE(SNMPSession::InitializeMIBS("/mibs", row.mibs));
+        EXPECT_EQ(Environment("MIBS"), row.afterwards);
+        EXPECT_EQ(m_fake.TakeCalls().size(), 2U);
+    }
+}
+
+TEST_F(SNMPSessionLibrary, InitializeMIBSDoesNotSetTheLibraryUp)
+{
+    SNMPSession::InitializeMIBS("/mibs", {"Printer-MIB"});
+
+    EXPECT_EQ(m_fake.TakeCalls().size(), 2U);
+    EXPECT_EQ(OpenBook::m_SNMPName, "");
+}
+
+TEST_F(SNMPSessionLibrary, InitializeMIBSRunsAlsoOnceTheLibraryIsSetUp)
+{
+    const NameGuard name("Discovery");
+    SNMPSession::InitializeMIBS("/mibs", {});
+
+    EXPECT_EQ(m_fake.TakeCalls().size(), 2U);
+}
+
+TEST_F(SNMPSessionLibrary, TerminateBeforeInitializeDoesNothing)
+{
+    SNMPSession::Terminate();
+
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+}
+
+TEST_F(SNMPSessionLibrary, TerminateTwiceShutsDownTwice)
+{
+    SNMPSession::Initialize("Discovery", "", "/mibs", "Printer-MIB");
+    m_fake.ForgetCalls();
+
+    SNMPSession::Terminate();
+    SNMPSession::Terminate();
+
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("snmp_shutdown(\"Discovery\")", "snmp_shutdown(\"Discovery\")"));
+}
+
+TEST_F(SNMPSessionLibrary, AfterTerminateTheLibraryStillCountsAsSetUp)
+{
+    SNMPSession::Initialize("Discovery", "", "/mibs", "Printer-MIB");
+    SNMPSession::Terminate();
+    m_fake.ForgetCalls();
+
+    EXPECT_TRUE(SNMPSession::Initialize("Other", "/persistent", "/mibs", "IF-MIB"));
+
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+    EXPECT_EQ(OpenBook::m_SNMPName, "Discovery");
+}
+
+} // namespace
