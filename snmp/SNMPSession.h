@@ -35,13 +35,12 @@ using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu
 class SNMPSession
 {
 public:
-    /// Sets Net-SNMP up, once a process: persistentDir (empty: Net-SNMP's default) keeps its
-    /// persistent state, mibDir holds the MIB files, mibs names the modules to load, and name is
-    /// the application name under which Net-SNMP reads its configuration (init_snmp). A further
-    /// call does nothing, whatever its arguments, also after Terminate. An empty name initialises
-    /// Net-SNMP but leaves the library counting as not set up. Not while other threads read the
-    /// environment. Always true: what Net-SNMP cannot find shows only as object names that do not
-    /// resolve.
+    /// Sets Net-SNMP up, once a process: persistentDir (empty: its default) keeps its persistent
+    /// state, mibDir holds the MIB files, mibs names the modules to load, and name is the one under
+    /// which it reads its configuration (init_snmp). A further call does nothing, also after
+    /// Terminate; only an empty name leaves the library counting as not set up. Not while other
+    /// threads read the environment. Always true: a MIB that is missing shows only as object names
+    /// that do not resolve.
     static bool Initialize(const std::string& name, const std::string& persistentDir,
                            const std::string& mibDir, const std::string& mib);
     static bool Initialize(const std::string& name, const std::string& persistentDir,
@@ -53,14 +52,13 @@ public:
     static bool InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs);
 
     /// Shuts Net-SNMP down if the library is set up; after the last session is gone. The library
-    /// keeps counting as set up, so that Initialize stays a no-op and a second call shuts down
-    /// again.
+    /// keeps counting as set up: Initialize stays a no-op, a second Terminate shuts down again.
     static void Terminate();
 
-    /// Opens a session of SNMP_VERSION_1, SNMP_VERSION_2c or SNMP_VERSION_3 (not checked) to host,
-    /// a Net-SNMP peer name such as "192.0.2.7" or "udp:192.0.2.7:161", with a time-out of 3
-    /// seconds and 2 retries. broadcast allows host to be a broadcast address. Note the order: the
-    /// community, cut at its first NUL, comes before the host.
+    /// Opens a session of SNMP_VERSION_1, _2c or _3 (not checked) to host, a Net-SNMP peer name
+    /// such as "192.0.2.7" or "udp:192.0.2.7:161", with a time-out of 3 seconds and 2 retries.
+    /// broadcast allows a broadcast address. Note the order: the community, cut at its first NUL,
+    /// comes first.
     SNMPSession(long version, const std::string& community, const std::string& host,
                 bool broadcast);
     /// As above, broadcasting to one fixed private subnet.
@@ -89,16 +87,14 @@ public:
 
     /// Sends one GET for oid, then blocks until timeout has passed and hands callback a copy of
     /// every response meanwhile: from each agent that a broadcast reaches, and again from each that
-    /// answers a resend (after 3 and after 6 seconds). Any PDU with the request's identifier
-    /// counts, whatever its type or sender. With a timeout of zero or less it returns after
-    /// sending. True once sent, answered or not; false when callback is null, the session is not
-    /// open or sending failed. The time is the system clock's: setting that during the call moves
-    /// its end.
+    /// answers a resend (after 3 and 6 seconds). Any PDU with the request's identifier counts,
+    /// whatever its type or sender. A timeout of zero or less only sends. True once sent, answered
+    /// or not; false when callback is null, the session is not open or sending failed. The time is
+    /// the system clock's: setting that during the call moves its end.
     bool Get(const OID& oid, ResponseCallback callback, void* userData, Poco::Timespan timeout);
 
     /// What Net-SNMP calls with each event of a session in an asynchronous Get; magic is its
-    /// RequestContext. Always 0, "not answered yet": the request stays outstanding for more
-    /// answers.
+    /// RequestContext. Always 0, "not answered yet": the request stays outstanding for more.
     static int Callback(int operation, snmp_session* session, int reqid, snmp_pdu* pdu,
                         void* magic);
 
@@ -136,7 +132,6 @@ protected:
     SNMPSecurity m_security;
 
 private:
-    void OpenPeer(long version, const std::string& host, bool broadcast);
     snmp_pdu* Request(int type, const OID& oid);
     snmp_pdu* Exchange(snmp_pdu* request, const OID& oid);
     void ServeOnce();

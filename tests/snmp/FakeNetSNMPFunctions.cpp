@@ -14,8 +14,8 @@ namespace {
 std::string Text(const timeval& time)
 {
     char text[40];
-    std::snprintf(text, sizeof text, "%ld.%06ld", static_cast<long>(time.tv_sec),
-                  static_cast<long>(time.tv_usec));
+    (void) std::snprintf(text, sizeof text, "%ld.%06ld", static_cast<long>(time.tv_sec),
+                         static_cast<long>(time.tv_usec));
     return text;
 }
 
@@ -87,6 +87,16 @@ oid* snmp_duplicate_objid(const oid* name, size_t length)
     FakeNetSNMP::Current(__func__).Record("snmp_duplicate_objid(" +
                                           FakeNetSNMP::Text(name, length) + ")");
     return FakeNetSNMP::Real<decltype(snmp_duplicate_objid)>("snmp_duplicate_objid")(name, length);
+}
+
+int snmp_hex_to_binary(u_char** buffer, size_t* capacity, size_t* length, int mayGrow,
+                       const char* text)
+{
+    FakeNetSNMP::Current(__func__).Record("snmp_hex_to_binary(room " + std::to_string(*capacity) +
+                                          ", " + std::to_string(*length) + ", " +
+                                          std::to_string(mayGrow) + ", " + Text(text) + ")");
+    return FakeNetSNMP::Real<decltype(snmp_hex_to_binary)>("snmp_hex_to_binary")(
+        buffer, capacity, length, mayGrow, text);
 }
 
 int generate_Ku(const oid* hash, u_int hashLength, const u_char* passPhrase,

@@ -179,19 +179,19 @@ TEST_F(SNMPSessionExchange, OutcomesOfAnExchange)
     struct Case
     {
         const char* name;
+        long errorStatus;
         int status;
         bool responds;
-        long errorStatus;
         bool returned;
     };
     const Case cases[] = {
-        {"a response", STAT_SUCCESS, true, SNMP_ERR_NOERROR, true},
-        {"a response with an error-status", STAT_SUCCESS, true, SNMP_ERR_NOSUCHNAME, true},
-        {"success, and yet no response", STAT_SUCCESS, false, 0, false},
-        {"a time-out", STAT_TIMEOUT, false, 0, false},
-        {"an error", STAT_ERROR, false, 0, false},
-        {"a time-out with a response", STAT_TIMEOUT, true, 0, false},
-        {"an error with a response", STAT_ERROR, true, 0, false},
+        {"a response", SNMP_ERR_NOERROR, STAT_SUCCESS, true, true},
+        {"a response with an error-status", SNMP_ERR_NOSUCHNAME, STAT_SUCCESS, true, true},
+        {"success, and yet no response", 0, STAT_SUCCESS, false, false},
+        {"a time-out", 0, STAT_TIMEOUT, false, false},
+        {"an error", 0, STAT_ERROR, false, false},
+        {"a time-out with a response", 0, STAT_TIMEOUT, true, false},
+        {"an error with a response", 0, STAT_ERROR, true, false},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);

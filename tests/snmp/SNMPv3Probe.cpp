@@ -39,7 +39,7 @@ public:
         } else {
             snmp_error(&m_session, nullptr, nullptr, &text);
         }
-        const std::string reason = text == nullptr ? "" : text;
+        std::string reason = text == nullptr ? "" : text;
         free(text); // NOLINT(cppcoreguidelines-no-malloc): allocated by Net-SNMP
         return reason;
     }

@@ -43,7 +43,7 @@ public:
         if (Octet(0) != tag || length > 0xff || m_rest.size() < head + length) {
             throw std::runtime_error("not the field expected");
         }
-        const std::string content = m_rest.substr(head, length);
+        std::string content = m_rest.substr(head, length);
         m_rest.erase(0, head + length);
         return content;
     }
