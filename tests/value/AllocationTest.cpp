@@ -1,0 +1,187 @@
+#include "tests/value/ValueTestHelpers.h"
+#include "value/Value.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+// What happens when memory runs out, with this program's own operator new, which can be told to
+// fail.
+
+namespace {
+
+/// How many more allocations of this thread succeed; negative for all.
+thread_local long allocationsLeft = -1;
+/// How many allocations of this thread are not yet freed.
+thread_local long allocated = 0;
+
+void* allocate(std::size_t size)
+{
+    if (allocationsLeft == 0) {
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): what operator new is made of
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (!memory) {
+        throw std::bad_alloc();
+    }
+    ++allocated;
+    return memory;
+}
+
+void release(void* memory) noexcept
+{
+    if (memory) {
+        --allocated;
+    }
+    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc): what operator delete is made of
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    release(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    release(memory);
+}
+
+namespace {
+
+class AllocationLimit
+{
+public:
+    explicit AllocationLimit(long count) { allocationsLeft = count; }
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    ~AllocationLimit() { allocationsLeft = -1; }
+};
+
+Value document()
+{
+    Value::Array elements{1, 2LL, 2.5, true, nullptr, Value(), std::string(40, 'x')};
+    elements.emplace_back(Value::Hash{{std::string(40, 'a'), 1}, {"b", Value::Array{"c"}}});
+    elements.push_back(nestedArrays(30, Value::Hash{{"deep", nestedHashes(30, "end")}}));
+    return elements;
+}
+
+/// Lets the first, second, … allocation of `body` fail until it passes. Each failure must be told
+/// by std::bad_alloc and leave `source` as it was and nothing allocated.
+template <typename Body>
+void failEachAllocation(const Value& source, Body body)
+{
+    const std::string before = source.to_json();
+    for (long count = 0;; ++count) {
+        const long allocatedBefore = allocated;
+        bool passed = false;
+        try {
+            const AllocationLimit limit(count);
+            body();
+            passed = true;
+        } catch (const std::bad_alloc&) {
+            passed = false;
+        }
+        ASSERT_EQ(allocated, allocatedBefore) << count;
+        ASSERT_EQ(source.to_json(), before) << count;
+        if (passed) {
+            EXPECT_GT(count, 0) << "nothing was allocated, so nothing was tested";
+            return;
+        }
+        ASSERT_LT(count, 10000);
+    }
+}
+
+TEST(AllocationTest, AFailedCopyFreesWhatItBuilt)
+{
+    const Value source = document();
+    failEachAllocation(source, [&] { copyOf(source); });
+}
+
+TEST(AllocationTest, AFailedAssignmentKeepsThePreviousContent)
+{
+    const Value source = document();
+    Value target = Value::Array{"kept"};
+    failEachAllocation(target, [&] {
+        Value& assigned = target;
+        Value saved = std::move(assigned);
+        assigned = std::move(saved);
+        Value copy;
+        copy = source;
+    });
+    const AllocationLimit none(0);
+    EXPECT_THROW(target = source, std::bad_alloc);
+    EXPECT_EQ(target.holder().get<Value::Array>().size(), 1U);
+}
+
+TEST(AllocationTest, AFailedRenderingLeavesTheValueAlone)
+{
+    const Value source = document();
+    failEachAllocation(source, [&] { source.to_json(); });
+    failEachAllocation(source, [&] { source.to_s(); });
+}
+
+TEST(AllocationTest, AFailedConversionLeavesTheValueAlone)
+{
+    const Value source = document();
+    failEachAllocation(source, [&] { source.to_a(); });
+    const Value hash = Value::Hash{{"k", source}};
+    failEachAllocation(hash, [&] { hash.to_h(); });
+    failEachAllocation(hash, [&] { hash.to_a(); });
+}
+
+TEST(AllocationTest, AFailedMergeLeavesTheTargetInOrder)
+{
+    const Value::Hash original{{"k", Value::Hash{{"x", Value::Hash{{"y", 1}}}, {"z", 2}}}};
+    const std::pair<std::string, Value> entry(
+        "k", Value::Hash{{"a", "new"}, {"x", Value::Hash{{"v", "new"}}}, {"z", nullptr}});
+    const std::string merged = "{\"k\":{\"a\":\"new\",\"x\":{\"v\":\"new\",\"y\":1}}}";
+    int failures = 0;
+    for (long count = 0;; ++count) {
+        Value target = original;
+        auto& hash = target.holder().get<Value::Hash>();
+        try {
+            const AllocationLimit limit(count);
+            Value::merge_hash_entry(hash, entry);
+            break;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+        // Merging the entry again completes what was begun.
+        Value::merge_hash_entry(hash, entry);
+        ASSERT_EQ(target.to_json(), merged) << count;
+    }
+    EXPECT_GT(failures, 0);
+}
+
+TEST(AllocationTest, DestructionAllocatesNothing)
+{
+    Value deep = nestedHashes(1000, document());
+    Value wide = Value::Array{document(), document(), nestedArrays(1000, document())};
+    const AllocationLimit none(0);
+    deep = Value();
+    wide = Value();
+    EXPECT_TRUE(deep.holder().empty());
+    EXPECT_TRUE(wide.holder().empty());
+}
+
+TEST(AllocationTest, MovesAllocateNothing)
+{
+    Value source = document();
+    const AllocationLimit none(0);
+    Value moved = std::move(source);
+    source = std::move(moved);
+    std::swap(source, moved);
+    EXPECT_TRUE(source.holder().empty());
+}
+
+} // namespace

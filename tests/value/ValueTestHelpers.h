@@ -1,0 +1,69 @@
+#pragma once
+
+#include "value/Value.h"
+
+#include <functional>
+#include <locale>
+#include <string>
+
+/// Kinds and contents as one text, so that values which differ in either have different texts:
+/// `array[integer 1, string a]`. The two forms of nil are `nil` and `empty nil`.
+std::string describe(const Value& value);
+
+/// A copy, where the copying itself is what is tested.
+template <typename T>
+T copyOf(const T& object)
+{
+    return object;
+}
+
+/// `content` inside `depth` arrays, or hashes with the one key "k".
+Value nestedArrays(std::size_t depth, Value content);
+Value nestedHashes(std::size_t depth, Value content);
+
+/// Runs `body` in a thread with a stack of 512 KiB, the least that a supported platform gives.
+void runOnSmallStack(const std::function<void()>& body);
+
+/// Sets to_b()'s rules for its own lifetime.
+class BooleanRules
+{
+public:
+    explicit BooleanRules(bool ruby) : m_before(Value::s_followRubyBooleanEvaluationRules)
+    {
+        Value::follow_ruby_boolean_evaluation_rules(ruby);
+    }
+    BooleanRules(const BooleanRules&) = delete;
+    BooleanRules& operator=(const BooleanRules&) = delete;
+    ~BooleanRules() { Value::follow_ruby_boolean_evaluation_rules(m_before); }
+
+private:
+    bool m_before;
+};
+
+/// For its own lifetime makes the global locale one that writes 1234567.5 as 1.234.567,5 and spells
+/// booleans differently.
+class ForeignGlobalLocale
+{
+public:
+    ForeignGlobalLocale();
+    ForeignGlobalLocale(const ForeignGlobalLocale&) = delete;
+    ForeignGlobalLocale& operator=(const ForeignGlobalLocale&) = delete;
+    ~ForeignGlobalLocale() { std::locale::global(m_before); }
+
+private:
+    std::locale m_before;
+};
+
+/// An object of no kind. It counts how many of it exist, and its copies fail once `copiesLeft` of
+/// them were made.
+class Foreign
+{
+public:
+    Foreign() { ++alive; }
+    Foreign(const Foreign&);
+    Foreign& operator=(const Foreign&) = delete;
+    ~Foreign() { --alive; }
+
+    static int alive;
+    static int copiesLeft;
+};

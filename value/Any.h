@@ -1,0 +1,119 @@
+#pragma once
+
+#include "value/HolderTraits.h"
+
+#include <memory>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+
+/// One object of a type that is chosen at run time.
+namespace Dynamic {
+
+/// Owns at most one object of any copyable type. A plain value: a copy is independent of its
+/// source, and no thread may use a holder while another changes it.
+class Any
+{
+public:
+    /// The owned object, seen without its type.
+    class Placeholder
+    {
+    public:
+        Placeholder() = default;
+        Placeholder(const Placeholder&) = delete;
+        Placeholder& operator=(const Placeholder&) = delete;
+
+        virtual ~Placeholder() = default;
+        /// The type of the owned object.
+        virtual const std::type_info& type() const noexcept = 0;
+        /// A new placeholder with a copy of the owned object; the caller owns it.
+        virtual Placeholder* clone() const = 0;
+    };
+
+    /// The owned object with its type.
+    template <typename T>
+    class Holder final : public Placeholder
+    {
+    public:
+        explicit Holder(const T& object) : held(object) {}
+        explicit Holder(T&& object) : held(std::move(object)) {}
+        Holder(const Holder& other) : Placeholder(), held(HolderTraits<T>::copy(other.held)) {}
+        Holder& operator=(const Holder&) = delete;
+        ~Holder() override { HolderTraits<T>::dismantle(held); }
+
+        const std::type_info& type() const noexcept override { return typeid(T); }
+        Placeholder* clone() const override { return new Holder(*this); }
+
+        T held;
+    };
+
+    /// An empty holder.
+    Any() noexcept = default;
+
+    /// Holds `object`, copied or moved as it is given. Arrays and functions are held as pointers.
+    template <typename T, typename = std::enable_if_t<!std::is_base_of_v<Any, std::decay_t<T>>>>
+    explicit Any(T&& object)
+        : m_content(std::make_unique<Holder<std::decay_t<T>>>(std::forward<T>(object)))
+    {}
+
+    /// Holds a clone of what `other` holds. A copy that fails part-way frees what it had built.
+    Any(const Any& other) : m_content(other.m_content ? other.m_content->clone() : nullptr) {}
+    /// Takes over what `other` holds and leaves `other` empty.
+    Any(Any&& other) noexcept = default;
+    ~Any() = default;
+
+    /// As the constructors. The previous content is destroyed after the new one is in place, so
+    /// that `other` may be a part of it; it stays when a copy fails.
+    Any& operator=(const Any& other) { return *this = Any(other); }
+    Any& operator=(Any&& other) noexcept = default;
+
+    bool empty() const noexcept { return !m_content; }
+
+    /// The type of the held object; `typeid(void)` when empty.
+    const std::type_info& type() const noexcept
+    {
+        return empty() ? typeid(void) : m_content->type();
+    }
+
+    /// Whether the content is a Holder<T>, as far as can be told by addresses alone. A no is
+    /// certain only if type() differs too: shared libraries can each have a description of the same
+    /// type.
+    template <typename T>
+    bool isHolder() const noexcept
+    {
+        if (empty()) {
+            return false;
+        }
+        const Placeholder& content = *m_content;
+        return &typeid(content) == &typeid(Holder<T>);
+    }
+
+    /// The held object itself, valid until this holder is changed or destroyed. Throws
+    /// std::bad_cast unless type() is `typeid(T)`.
+    template <typename T>
+    const T& get() const
+    {
+        static_assert(std::is_same_v<T, std::decay_t<T>>, "objects are held by their plain type");
+        if (!isHolder<T>() && (empty() || type() != typeid(T))) {
+            throw std::bad_cast();
+        }
+        return static_cast<const Holder<T>&>(*m_content).held;
+    }
+    template <typename T>
+    T& get()
+    {
+        return const_cast<T&>(std::as_const(*this).get<T>());
+    }
+
+private:
+    std::unique_ptr<Placeholder> m_content;
+};
+
+/// A copy of the held object. Throws std::bad_cast unless the holder's type() is `typeid(T)`.
+template <typename T>
+T AnyCast(const Any& any)
+{
+    return any.get<T>();
+}
+
+} // namespace Dynamic

@@ -1,0 +1,80 @@
+#include "value/Value.h"
+
+#include <limits>
+
+namespace {
+
+template <typename T>
+struct Type
+{
+    using Held = T;
+};
+
+/// The kind of the first held type that `is` says yes to, the most frequent first.
+template <typename Test>
+Value::Kind findKind(Test is) noexcept
+{
+    // clang-format off
+    if (is(Type<std::string>()))   { return Value::Kind::String; }
+    if (is(Type<Value::Hash>()))   { return Value::Kind::Hash; }
+    if (is(Type<Value::Array>()))  { return Value::Kind::Array; }
+    if (is(Type<int>()))           { return Value::Kind::Integer; }
+    if (is(Type<long long>()))     { return Value::Kind::Long; }
+    if (is(Type<double>()))        { return Value::Kind::Real; }
+    if (is(Type<bool>()))          { return Value::Kind::Boolean; }
+    if (is(Type<void*>()))         { return Value::Kind::Nil; }
+    // clang-format on
+    return Value::Kind::Other;
+}
+
+} // namespace
+
+Value::Value(void*) : Value(nullptr) {}
+Value::Value(std::nullptr_t) : m_holder(static_cast<void*>(nullptr)) {}
+Value::Value(bool flag) : m_holder(flag) {}
+Value::Value(int number) : m_holder(number) {}
+Value::Value(long long number) : m_holder(number) {}
+Value::Value(double number) : m_holder(number) {}
+Value::Value(std::string text) : m_holder(std::move(text)) {}
+Value::Value(Array elements) : m_holder(std::move(elements)) {}
+Value::Value(const Hash& entries) : m_holder(entries) {}
+Value::Value(Hash&& entries) : m_holder(std::move(entries)) {}
+
+Value::Value(const char* text) : Value(text ? Value(std::string(text)) : Value(nullptr)) {}
+Value::Value(std::string_view text) : Value(std::string(text)) {}
+Value::Value(long number) : m_holder(static_cast<long long>(number)) {}
+Value::Value(unsigned number) : m_holder(static_cast<long long>(number)) {}
+Value::Value(unsigned long number) : Value(static_cast<unsigned long long>(number)) {}
+Value::Value(unsigned long long number)
+    : Value(number <= static_cast<unsigned long long>(std::numeric_limits<long long>::max())
+                ? Value(static_cast<long long>(number))
+                : Value(std::to_string(number)))
+{}
+
+Value::Kind Value::kind() const noexcept
+{
+    if (m_holder.empty()) {
+        return Kind::Nil;
+    }
+    const Kind atAGlance =
+        findKind([&](auto type) { return m_holder.isHolder<typename decltype(type)::Held>(); });
+    if (atAGlance != Kind::Other) {
+        return atAGlance;
+    }
+    const std::type_info& held = m_holder.type();
+    return findKind([&](auto type) { return held == typeid(typename decltype(type)::Held); });
+}
+
+bool Value::is_basic() const noexcept
+{
+    switch (kind()) {
+    case Kind::Boolean:
+    case Kind::Integer:
+    case Kind::Long:
+    case Kind::Real:
+    case Kind::String:
+        return true;
+    default:
+        return false;
+    }
+}

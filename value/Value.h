@@ -1,0 +1,115 @@
+#pragma once
+
+#include "value/Any.h"
+#include "value/ValueHolders.h"
+
+#include <cstddef>
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+/// A dynamically typed value with a script language's loose conversions: each gives a result for
+/// every kind. A copy is deep: values share nothing. A value that was moved from is nil. No
+/// operation's stack grows with the depth of nesting.
+///
+/// Any number of threads may read a value while none changes it.
+class Value
+{
+public:
+    using Array = std::vector<Value>;
+    using Hash = std::map<std::string, Value>; ///< ordered by the bytes of its keys
+
+    using Kind = ValueKind;
+
+    /// Nil, with an empty holder.
+    Value() noexcept = default;
+    /// Nil, with a holder of a null `void*`; the address is not kept.
+    Value(void* nothing);
+    Value(std::nullptr_t);
+    Value(bool flag);
+    Value(int number);
+    Value(long long number);
+    Value(double number);
+    Value(std::string text);
+    Value(Array elements);
+    Value(const Hash& entries);
+    Value(Hash&& entries);
+
+    /// A string; a null pointer gives the nil with a null `void*`.
+    Value(const char* text);
+    Value(std::string_view text);
+    /// A long on every platform, whatever the width of the argument's type.
+    Value(long number);
+    Value(unsigned number);
+    /// A long. A number above the largest long fits no number kind; it becomes the string of its
+    /// decimal digits, which keeps it whole.
+    Value(unsigned long number);
+    Value(unsigned long long number);
+    /// Other pointers would turn into a nil or a boolean in silence.
+    template <typename T, typename = std::enable_if_t<!std::is_same_v<T, char>>>
+    Value(T* pointer) = delete;
+    template <typename Member, typename Class>
+    Value(Member Class::*pointer) = delete;
+
+    /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
+    /// empty, its conversions false, zero or an empty container.
+    explicit Value(Dynamic::Any holder) noexcept : m_holder(std::move(holder)) {}
+
+    /// The content, to be read or changed in place: `value.holder().get<Value::Array>()`.
+    const Dynamic::Any& holder() const noexcept { return m_holder; }
+    Dynamic::Any& holder() noexcept { return m_holder; }
+    /// Kind::Nil for both forms of nil.
+    Kind kind() const noexcept;
+    /// True for a boolean, integer, long, real or string.
+    bool is_basic() const noexcept;
+
+    /// Nil is false, a boolean itself. The Ruby rules make all else true. Without them a number is
+    /// true exactly when it is zero, an inversion that callers rely on; a string is true unless
+    /// empty, an array or hash always.
+    bool to_b() const;
+    /// A long keeps its low 32 bits. A real is truncated; out of range or not a number, it gives
+    /// the least int. A string gives the decimal number at its start after blanks, saturated, or 0.
+    /// Nil, arrays and hashes give 0.
+    int to_i() const;
+    /// As to_i(), with 64 bits.
+    long long to_l() const;
+    /// A string gives the decimal number at its start, infinity when it overflows, or 0.0. Text
+    /// that breaks off inside a number ("1e", "2.5e+") gives 0.0, as it does from a stream.
+    double to_f() const;
+    /// A copy of an array; an array [key, value] for each entry of a hash, in key order; nothing
+    /// for nil; else one element, this value.
+    Array to_a() const;
+    /// A copy of a hash; empty for every other kind, an array of pairs included.
+    Hash to_h() const;
+
+    /// The text for people: strings bare, `[a, b]`, `{key => value}`, nil as `nil`. Reals in both
+    /// texts have six significant digits, or are inf, -inf or nan.
+    std::string to_s() const;
+    /// JSON on one line without blanks. Bytes above 31 stand for themselves: UTF-8 is not checked.
+    std::string to_json() const;
+    /// Inserts to_s() as a string: width, fill and adjustment apply to the whole text.
+    friend std::ostream& operator<<(std::ostream& os, const Value& v);
+
+    /// Chooses to_b()'s rules for the whole process; false at start. Not synchronised: set it
+    /// before values are used on several threads.
+    static void follow_ruby_boolean_evaluation_rules(bool follow) noexcept;
+    static bool s_followRubyBooleanEvaluationRules;
+
+    /// A copy of the value under `key`, even a nil, or of `fallback` when there is no such key.
+    static Value lookup(const Hash& hash, const std::string& key, const Value& fallback);
+    /// A basic selector gives the value under its to_s(); an array a hash of the entries that its
+    /// elements' to_s() name; nil the whole hash. A hash, and a missing key, give the nil with a
+    /// null `void*`.
+    static Value extract(const Hash& hash, const Value& selector);
+    /// Merges `entry` into `target`: nil deletes the key, a hash merges into a hash entry by entry
+    /// at every depth, all else replaces. `target` must not lie inside the entry. When memory runs
+    /// out, a part of the entry is merged.
+    static void merge_hash_entry(Hash& target, const std::pair<std::string, Value>& entry);
+
+private:
+    Dynamic::Any m_holder;
+};
