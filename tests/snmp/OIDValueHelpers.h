@@ -28,6 +28,35 @@ private:
     variable_list m_var{};
 };
 
+/// Net-SNMP's two process-wide settings that OID::toValue changes.
+inline bool quickPrint()
+{
+    return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_QUICK_PRINT) != 0;
+}
+inline bool numericTicks()
+{
+    return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_NUMERIC_TIMETICKS) != 0;
+}
+
+/// Gives both settings values for a scope.
+class PrintSettings
+{
+public:
+    PrintSettings(bool quick, bool ticks) { set(quick, ticks); }
+    ~PrintSettings() { set(m_quick, m_ticks); }
+    PrintSettings(const PrintSettings&) = delete;
+    PrintSettings& operator=(const PrintSettings&) = delete;
+
+private:
+    static void set(bool quick, bool ticks)
+    {
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_QUICK_PRINT, quick);
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_NUMERIC_TIMETICKS, ticks);
+    }
+    bool m_quick = quickPrint();
+    bool m_ticks = numericTicks();
+};
+
 /// A stand-in for sprint_realloc_by_type where nothing may be printed.
 inline int unexpectedPrint(u_char** /*buffer*/, std::size_t* /*size*/, std::size_t* /*length*/,
                            int /*mayGrow*/, const netsnmp_variable_list* /*var*/,

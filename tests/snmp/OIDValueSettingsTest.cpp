@@ -17,39 +17,6 @@ using UVARNETSNMP::OID;
 
 namespace {
 
-bool setting(int which)
-{
-    return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, which) != 0;
-}
-bool quick()
-{
-    return setting(NETSNMP_DS_LIB_QUICK_PRINT);
-}
-bool ticks()
-{
-    return setting(NETSNMP_DS_LIB_NUMERIC_TIMETICKS);
-}
-
-/// Gives the two settings values for a scope.
-class Settings
-{
-public:
-    Settings(bool quickPrint, bool numericTicks) { set(quickPrint, numericTicks); }
-    ~Settings() { set(m_quick, m_ticks); }
-    Settings(const Settings&) = delete;
-    Settings& operator=(const Settings&) = delete;
-
-private:
-    static void set(bool quickPrint, bool numericTicks)
-    {
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_QUICK_PRINT, quickPrint);
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_NUMERIC_TIMETICKS,
-                               numericTicks);
-    }
-    bool m_quick = quick();
-    bool m_ticks = ticks();
-};
-
 /// A printer that sees the settings on and the lock held, and hands out `text`, or reports a
 /// failure with half a text in the buffer.
 auto checkedPrinter(const variable_list* expected, const char* text)
@@ -57,8 +24,8 @@ auto checkedPrinter(const variable_list* expected, const char* text)
     return [expected, text](u_char** buffer, std::size_t* size, std::size_t* length, int mayGrow,
                             const netsnmp_variable_list* var, const enum_list* enums,
                             const char* hint, const char* units) {
-        EXPECT_TRUE(quick());
-        EXPECT_TRUE(ticks());
+        EXPECT_TRUE(quickPrint());
+        EXPECT_TRUE(numericTicks());
         EXPECT_TRUE(lockIsHeld());
         EXPECT_EQ(*buffer, nullptr);
         EXPECT_EQ(*size, 0U);
@@ -84,15 +51,15 @@ class OIDValueSettings : public testing::TestWithParam<Before>
 protected:
     void expectPutBack() const
     {
-        EXPECT_EQ(quick(), GetParam().quick);
-        EXPECT_EQ(ticks(), GetParam().ticks);
+        EXPECT_EQ(quickPrint(), GetParam().quick);
+        EXPECT_EQ(numericTicks(), GetParam().ticks);
         EXPECT_FALSE(lockIsHeld());
     }
     OID m_id = makeOID({1, 3, 6, 1});
     IntegerBinding m_var{1};
 
 private:
-    Settings m_settings{GetParam().quick, GetParam().ticks};
+    PrintSettings m_settings{GetParam().quick, GetParam().ticks};
 };
 
 TEST_P(OIDValueSettings, ArePutBackAfterPrinting)
@@ -140,8 +107,8 @@ TEST_P(OIDValueSettings, StayOnAfterAFailedPrint)
 {
     const Replace printer(slots().printValue, checkedPrinter(m_var.get(), nullptr));
     EXPECT_EQ(m_id.toValue(m_var.get()), "");
-    EXPECT_TRUE(quick());
-    EXPECT_TRUE(ticks());
+    EXPECT_TRUE(quickPrint());
+    EXPECT_TRUE(numericTicks());
     EXPECT_FALSE(lockIsHeld());
 }
 
@@ -154,6 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Table, OIDValueSettings,
 
 TEST(OIDValueLock, CoversEveryChangeAndTheOrderIsKept)
 {
+    const PrintSettings before(false, false);
     std::vector<std::pair<int, int>> changes;
     const Replace store(slots().setBoolean, [&changes](int storeID, int which, int value) {
         EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);
@@ -200,6 +168,7 @@ TEST(OIDLock, KeepsThreadsApartWhilePrinting)
     constexpr int threads = 4;
     constexpr int rounds = 200;
     std::vector<std::thread> running;
+    running.reserve(threads);
     for (int i = 0; i < threads; ++i) {
         running.emplace_back([] {
             const OID id = makeOID({1, 3});
