@@ -1,0 +1,101 @@
+// One discovery run, from the settings to the printed document.
+//
+// Every subnet is probed twice, by two separate workers that overlap: the second pass starts while
+// the first still listens. A printer that slept through the first request, or whose answer was
+// lost, gets a second chance without the run becoming longer than one more pause.
+
+#include "app/SNMPDiscoveryApp.h"
+#include "app/Subnets.h"
+#include "value/Value.h"
+
+#include <Poco/Path.h>
+#include <Poco/SharedPtr.h>
+
+#include <iostream>
+#include <map>
+#include <utility>
+
+using Poco::Path;
+using Poco::Net::NetworkInterface;
+using UVARNETSNMP::SNMPSession;
+
+namespace {
+
+constexpr int passes = 2;
+constexpr long pauseAfterPass = 2000; // milliseconds
+
+/// Where Net-SNMP keeps persistent data; `text` is the user's choice, empty for the default below
+/// the temporary directory. Nothing is created here: that is left to Net-SNMP.
+Path persistentDirectory(const std::string& text)
+{
+    Path directory;
+    if (text.empty()) {
+        directory.parseDirectory(Path::temp());
+        directory.pushDirectory("SNMPDiscoveryApp");
+        directory.pushDirectory("snmp-persist");
+    } else {
+        directory.parseDirectory(text);
+    }
+    return directory;
+}
+
+/// The folder "mibs" beside the executable.
+Path mibDirectory(const std::string& executable)
+{
+    Path directory;
+    directory.assign(executable);
+    directory.setFileName("");
+    directory.pushDirectory("mibs");
+    return directory;
+}
+
+/// An array with one hash {"hostname": address} for each responder, in the set's order.
+Value document(const std::set<std::string>& responders)
+{
+    std::vector<Value> entries;
+    entries.reserve(responders.size());
+    for (const std::string& address : responders) {
+        std::map<std::string, Value> entry;
+        entry.emplace("hostname", Value(address));
+        entries.emplace_back(std::move(entry));
+    }
+    return Value(std::move(entries));
+}
+
+} // namespace
+
+int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
+{
+    m_community = config().getString("Community", "public");
+    if (m_helpRequested)
+        return EXIT_USAGE;
+
+    {
+        std::vector<NetworkInterface> interfaces = NetworkInterface::list(true, true);
+        std::vector<Poco::SharedPtr<SubnetDiscovery>> workers;
+
+        const Path persistent = persistentDirectory(config().getString("SNMPPersistPath", ""));
+        const Path mibs = mibDirectory(config().getString("application.path", ""));
+        if (!SNMPSession::Initialize("SNMPDiscovery", persistent.toString(), mibs.toString(),
+                                     "Printer-MIB"))
+            return EXIT_USAGE;
+
+        keepProbeable(interfaces);
+        for (int pass = 0; pass < passes; ++pass) {
+            for (const NetworkInterface& interface : interfaces)
+                workers.emplace_back(
+                    new SubnetDiscovery(*this, broadcastAddress(interface), m_community));
+            Poco::Thread::sleep(pauseAfterPass);
+        }
+
+        // Each release joins its worker, so this waits for the last one to finish listening.
+        while (!workers.empty())
+            workers.pop_back();
+
+        // No lock: every thread that added a responder has been joined.
+        std::cout << document(m_responders).to_json();
+    }
+
+    SNMPSession::Terminate();
+    return EXIT_USAGE;
+}

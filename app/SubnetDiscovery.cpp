@@ -1,0 +1,31 @@
+#include "app/SNMPDiscoveryApp.h"
+
+#include "snmp/OID.h"
+
+#include <Poco/Timespan.h>
+
+using UVARNETSNMP::OID;
+using UVARNETSNMP::SNMPSession;
+
+SNMPDiscoveryApp::SubnetDiscovery::SubnetDiscovery(SNMPDiscoveryApp& app,
+                                                   const std::string& address,
+                                                   const std::string& community)
+    : m_app(app), m_address(address), m_community(community)
+{
+    m_thread.start(*this);
+}
+
+SNMPDiscoveryApp::SubnetDiscovery::~SubnetDiscovery()
+{
+    // A thread that has run to its end is joined too. That returns at once, and it is what makes
+    // the responders that the thread added visible to the main thread, which reads them without a
+    // lock.
+    m_thread.join();
+}
+
+void SNMPDiscoveryApp::SubnetDiscovery::run()
+{
+    const OID sysUpTime("sysUpTime.0");
+    SNMPSession session(SNMP_VERSION_1, m_community, m_address, true);
+    session.Get(sysUpTime, &SNMPDiscoveryApp::SNMPCallback, &m_app, Poco::Timespan(5, 0));
+}

@@ -1,0 +1,252 @@
+#include "tests/app/FakeNetwork.h"
+#include "tests/app/TestApp.h"
+#include "tests/support/Guards.h"
+
+#include <Poco/Util/Option.h>
+#include <Poco/Util/OptionCallback.h>
+#include <Poco/Util/OptionSet.h>
+#include <Poco/Util/Subsystem.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+using Poco::Util::Application;
+using Poco::Util::Option;
+using testing::HasSubstr;
+
+using TestSupport::TemporaryDirectory;
+
+namespace {
+
+/// What the tool prints for `arguments` and nothing else: the fake network fails on any call.
+std::string outputOf(const std::vector<std::string>& arguments, int* exitCode = nullptr)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith(arguments);
+    const int code = application->run();
+    if (exitCode != nullptr)
+        *exitCode = code;
+    EXPECT_TRUE(network.calls().empty());
+    return output.text();
+}
+
+/// POCO wraps and indents the help to the width of the terminal; what counts is the words.
+std::string words(const std::string& text)
+{
+    std::string result;
+    for (const char each : text) {
+        if (std::isspace(static_cast<unsigned char>(each)) == 0)
+            result += each;
+        else if (!result.empty() && result.back() != ' ')
+            result += ' ';
+    }
+    return result;
+}
+
+TEST(Shell, HelpShowsCommandUsageHeaderAndTheThreeOptions)
+{
+    const std::string help = words(outputOf({"-h"}));
+    EXPECT_THAT(help, HasSubstr("usage: SNMPDiscovery OPTIONS"));
+    EXPECT_THAT(help, HasSubstr("An UVAR SNMP Printer Discovery Tool."));
+    EXPECT_THAT(help, HasSubstr("-h, --help display help information on command line arguments"));
+    EXPECT_THAT(help, HasSubstr("-cname, --Community=name "
+                                "Specifies the SNMP community name (default=public)"));
+    EXPECT_THAT(help, HasSubstr("--SNMPPersistPath=path Writable folder for SNMP persistent data "
+                                "(default temp\\SNMPDiscoveryApp\\snmp-persist)"));
+}
+
+struct CommandLine
+{
+    const char* name;
+    std::vector<std::string> arguments;
+};
+
+class ShowsHelp : public testing::TestWithParam<CommandLine>
+{};
+
+TEST_P(ShowsHelp, OnceAndEndsWith64WithoutTouchingTheNetwork)
+{
+    int exitCode = 0;
+    const std::string output = outputOf(GetParam().arguments, &exitCode);
+    EXPECT_EQ(output, outputOf({"--help"}));
+    EXPECT_EQ(exitCode, 64);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shell, ShowsHelp,
+    testing::Values(CommandLine{"ShortHelp", {"-h"}}, CommandLine{"LongHelp", {"--help"}},
+                    CommandLine{"AbbreviatedHelp", {"--he"}},
+                    CommandLine{"HelpBehindAnOption", {"-c", "private", "-h"}},
+                    CommandLine{"HelpBeforeAnUnknownOption", {"-h", "--unknown"}},
+                    CommandLine{"UnknownLongOption", {"--unknown"}},
+                    CommandLine{"UnknownShortOption", {"-x"}},
+                    CommandLine{"ShortCommunityWithoutArgument", {"-c"}},
+                    CommandLine{"LongCommunityWithoutArgument", {"--Community"}},
+                    CommandLine{"PersistPathWithoutArgument", {"--SNMPPersistPath"}},
+                    CommandLine{"HelpWithAnArgument", {"--help=x"}},
+                    CommandLine{"CommunityTwice", {"-c", "one", "-c", "two"}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(Shell, OptionsBehindHelpAreNotProcessed)
+{
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"--help", "-c", "x"});
+    EXPECT_TRUE(application->m_helpRequested);
+    EXPECT_FALSE(application->config().hasProperty("Community"));
+}
+
+TEST(Shell, AGoodCommandLineShowsNothingAndAsksForNoHelp)
+{
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-c", "private", "--SNMPPersistPath", "/var/lib/somewhere"});
+    EXPECT_FALSE(application->m_helpRequested);
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(application->config().getString("Community"), "private");
+    EXPECT_EQ(application->config().getString("SNMPPersistPath"), "/var/lib/somewhere");
+}
+
+TEST(Shell, StartsWithTheDefaultCommunityAndNoResponders)
+{
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    EXPECT_EQ(application->m_community, "public");
+    EXPECT_FALSE(application->m_helpRequested);
+    EXPECT_TRUE(application->m_responders.empty());
+}
+
+TEST(Shell, DefinesTheThreeOptionsInOrder)
+{
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({});
+
+    struct Expected
+    {
+        const char* name;
+        const char* shortName;
+        const char* description;
+        const char* argument;
+        const char* binding;
+        bool callback;
+    };
+    const Expected expected[] = {
+        {"help", "h", "display help information on command line arguments", "", "", true},
+        {"Community", "c", "Specifies the SNMP community name (default=public)", "name",
+         "Community", false},
+        {"SNMPPersistPath", "",
+         "Writable folder for SNMP persistent data (default temp\\SNMPDiscoveryApp\\snmp-persist)",
+         "path", "SNMPPersistPath", false},
+    };
+    std::vector<Option> options(application->options().begin(), application->options().end());
+    ASSERT_EQ(options.size(), std::size(expected));
+    for (std::size_t i = 0; i < options.size(); ++i) {
+        const Option& option = options[i];
+        EXPECT_EQ(option.fullName(), expected[i].name);
+        EXPECT_EQ(option.shortName(), expected[i].shortName);
+        EXPECT_EQ(option.description(), expected[i].description);
+        EXPECT_EQ(option.argumentName(), expected[i].argument);
+        EXPECT_EQ(option.takesArgument(), *expected[i].argument != '\0');
+        EXPECT_EQ(option.argumentRequired(), *expected[i].argument != '\0');
+        EXPECT_EQ(option.binding(), expected[i].binding);
+        EXPECT_EQ(option.callback() != nullptr, expected[i].callback);
+        EXPECT_FALSE(option.required());
+        EXPECT_FALSE(option.repeatable());
+    }
+}
+
+struct Definition
+{
+    const char* name;
+    const char* text;
+    const char* key;
+    const char* value;
+};
+
+class DefineProperty : public testing::TestWithParam<Definition>
+{};
+
+TEST_P(DefineProperty, SplitsAtTheFirstEqualsSign)
+{
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->defineProperty(GetParam().text);
+    ASSERT_TRUE(application->config().hasProperty(GetParam().key));
+    EXPECT_EQ(application->config().getString(GetParam().key), GetParam().value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shell, DefineProperty,
+                         testing::Values(Definition{"Plain", "a=b", "a", "b"},
+                                         Definition{"ValueWithEquals", "a=b=c", "a", "b=c"},
+                                         Definition{"NoEquals", "a", "a", ""},
+                                         Definition{"EmptyValue", "a=", "a", ""},
+                                         Definition{"EqualsOnly", "a==", "a", "="},
+                                         Definition{"Spaces", "a b= c ", "a b", " c "}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(Shell, ANullApplicationIsABugInTheOptionCallback)
+{
+    EXPECT_THROW(
+        (Poco::Util::OptionCallback<SNMPDiscoveryApp>(nullptr, &SNMPDiscoveryApp::handleHelp)),
+        Poco::NullPointerException);
+}
+
+TEST(Shell, AConfigurationFileBesideTheExecutableIsLoaded)
+{
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "Community = fromfile\n";
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({}, folder.path().string() + "/SNMPDiscovery");
+    EXPECT_FALSE(application->config().hasProperty("Community"));
+    application->initialize(*application);
+    EXPECT_EQ(application->config().getString("Community"), "fromfile");
+    application->uninitialize();
+}
+
+TEST(Shell, TheCommandLineWinsOverAConfigurationFile)
+{
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "Community = fromfile\n";
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-c", "fromoption"}, folder.path().string() + "/SNMPDiscovery");
+    application->initialize(*application);
+    EXPECT_EQ(application->config().getString("Community"), "fromoption");
+    application->uninitialize();
+}
+
+/// Records which of the framework's stages reached it.
+class RecordingSubsystem : public Poco::Util::Subsystem
+{
+public:
+    const char* name() const override { return "recording"; }
+    void initialize(Application&) override { stages.emplace_back("initialize"); }
+    void uninitialize() override { stages.emplace_back("uninitialize"); }
+    void reinitialize(Application&) override { stages.emplace_back("reinitialize"); }
+    void defineOptions(Poco::Util::OptionSet& options) override
+    {
+        stages.emplace_back("options");
+        options.addOption(Option("recording", "r", "an option of a subsystem"));
+    }
+
+    std::vector<std::string> stages;
+};
+
+TEST(Shell, EveryStageIsForwardedToTheFramework)
+{
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    Poco::AutoPtr<RecordingSubsystem> subsystem(new RecordingSubsystem);
+    application->addSubsystem(subsystem.duplicate());
+    application->initWith({});
+    application->initialize(*application);
+    application->reinitialize(*application);
+    application->uninitialize();
+    EXPECT_EQ(subsystem->stages,
+              (std::vector<std::string>{"options", "initialize", "reinitialize", "uninitialize"}));
+    // The framework's options come before the tool's.
+    EXPECT_EQ(application->options().begin()->fullName(), "recording");
+}
+
+} // namespace

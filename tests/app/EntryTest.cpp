@@ -1,0 +1,67 @@
+#include "tests/app/FakeNetwork.h"
+#include "tests/app/TestApp.h"
+#include "tests/support/Guards.h"
+
+#include <gtest/gtest.h>
+
+/// The process entry, which app/main.cpp defines as main: this program compiles it under this name.
+int processEntry(int argc, char** argv);
+
+using TestSupport::EnvironmentGuard;
+
+namespace {
+
+int enter(std::vector<std::string> arguments)
+{
+    std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    return processEntry(static_cast<int>(arguments.size()), argv.data());
+}
+
+TEST(Entry, ReturnsWhatTheRunReturns)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    EXPECT_EQ(enter({"/opt/tool/SNMPDiscovery", "--help"}), 64);
+}
+
+TEST(Entry, ABadCommandLineEndsWith64Too)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    EXPECT_EQ(enter({"/opt/tool/SNMPDiscovery", "--unknown"}), 64);
+    EXPECT_NE(output.text(), "");
+}
+
+TEST(Entry, AnExceptionFromInitIsLoggedAndEndsWith78)
+{
+    // A command without a path is looked up in PATH. Without that variable POCO never learns the
+    // command's name, and showing the help fails in its turn.
+    const FakeNetwork network;
+    const CapturedOutput output;
+    const EnvironmentGuard path("PATH", std::nullopt);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(enter({"SNMPDiscovery", "--help"}), 78);
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST(Entry, TheApplicationIsDestroyedOnEveryWayOut)
+{
+    // The framework allows one application at a time, so a second entry shows that the first is
+    // gone.
+    const FakeNetwork network;
+    const CapturedOutput output;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(enter({"/opt/tool/SNMPDiscovery", "-h"}), 64);
+        const EnvironmentGuard path("PATH", std::nullopt);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(enter({"SNMPDiscovery"}), 78);
+        testing::internal::GetCapturedStderr();
+    }
+}
+
+} // namespace

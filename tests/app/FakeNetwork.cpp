@@ -1,0 +1,190 @@
+#include "tests/app/FakeNetwork.h"
+
+#include "snmp/SNMPSession.h"
+
+#include <Poco/Net/IPAddress.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <map>
+
+using Poco::Net::IPAddress;
+using Poco::Net::NetworkInterface;
+
+namespace {
+
+FakeNetwork* inForce = nullptr;
+
+/// What the members of the faked session know of it: the real fields are left alone.
+struct Opened
+{
+    long version;
+    std::string community;
+    std::string peer;
+    bool broadcast;
+    Poco::Timestamp at;
+};
+
+std::mutex sessionsMutex;
+std::map<const UVARNETSNMP::SNMPSession*, Opened> sessions;
+thread_local std::string parsedText;
+
+} // namespace
+
+FakeNetwork::FakeNetwork()
+{
+    if (inForce != nullptr)
+        throw std::logic_error("two fake networks at once");
+    inForce = this;
+}
+
+FakeNetwork::~FakeNetwork()
+{
+    inForce = nullptr;
+}
+
+FakeNetwork& FakeNetwork::instance()
+{
+    if (inForce == nullptr)
+        throw std::logic_error("the application called its libraries outside a test");
+    return *inForce;
+}
+
+void FakeNetwork::record(const std::string& call)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_calls.push_back(call);
+}
+
+std::vector<std::string> FakeNetwork::calls() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_calls;
+}
+
+void FakeNetwork::add(const Request& request)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_requests.push_back(request);
+    m_changed.notify_all();
+}
+
+std::vector<FakeNetwork::Request> FakeNetwork::requests() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests;
+}
+
+bool FakeNetwork::waitForRequests(std::size_t count) const
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::seconds(10),
+                              [&] { return m_requests.size() >= count; });
+}
+
+NetworkInterface makeInterface(const std::vector<std::pair<std::string, std::string>>& addresses)
+{
+    NetworkInterface interface;
+    for (const auto& [address, mask] : addresses)
+        interface.addAddress(IPAddress(address), IPAddress(mask), IPAddress());
+    return interface;
+}
+
+// The functions that the application would otherwise call. The program's own definitions take
+// precedence over those of the libraries that it is linked with.
+
+Poco::Net::NetworkInterface::List NetworkInterface::list(bool ipOnly, bool upOnly)
+{
+    FakeNetwork& network = FakeNetwork::instance();
+    network.record(std::string("list ") + (ipOnly ? "ip" : "any") + (upOnly ? " up" : " any"));
+    if (!network.list) {
+        ADD_FAILURE() << "the interfaces were listed";
+        return {};
+    }
+    return network.list();
+}
+
+extern "C" oid* snmp_parse_oid(const char* text, oid* ids, size_t* length)
+{
+    const oid sysUpTime[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
+    parsedText = text;
+    std::memcpy(ids, sysUpTime, sizeof sysUpTime);
+    *length = std::size(sysUpTime);
+    return ids;
+}
+
+extern "C" void snmp_free_pdu(netsnmp_pdu*)
+{
+    ADD_FAILURE() << "the application released a response, which it keeps on purpose";
+}
+
+namespace UVARNETSNMP {
+
+SNMPSession::SNMPSession(long version, const std::string& community, const std::string& host,
+                         bool broadcast)
+{
+    FakeNetwork& network = FakeNetwork::instance();
+    network.record("open");
+    if (network.open)
+        network.open();
+    const std::lock_guard<std::mutex> lock(sessionsMutex);
+    sessions[this] = {version, community, host, broadcast, Poco::Timestamp()};
+}
+
+SNMPSession::~SNMPSession()
+{
+    FakeNetwork::instance().record("close");
+    const std::lock_guard<std::mutex> lock(sessionsMutex);
+    sessions.erase(this);
+}
+
+bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
+                      Poco::Timespan timeout)
+{
+    FakeNetwork& network = FakeNetwork::instance();
+    Opened opened;
+    {
+        const std::lock_guard<std::mutex> lock(sessionsMutex);
+        opened = sessions.at(this);
+    }
+    EXPECT_EQ(oid.toDottedNotation(), "1.3.6.1.2.1.1.3.0");
+    const FakeNetwork::Request request = {parsedText,
+                                          opened.version,
+                                          opened.community,
+                                          opened.peer,
+                                          opened.broadcast,
+                                          userData,
+                                          callback,
+                                          timeout.totalMicroseconds(),
+                                          std::this_thread::get_id(),
+                                          opened.at};
+    network.add(request);
+    if (!network.get) {
+        ADD_FAILURE() << "a request was sent";
+        return false;
+    }
+    return network.get(*this, request);
+}
+
+bool SNMPSession::Initialize(const std::string& name, const std::string& persistentDir,
+                             const std::string& mibDir, const std::string& mib)
+{
+    FakeNetwork& network = FakeNetwork::instance();
+    network.record("initialize");
+    if (!network.initialize) {
+        ADD_FAILURE() << "the SNMP library was set up";
+        return false;
+    }
+    return network.initialize(name, persistentDir, mibDir, mib);
+}
+
+void SNMPSession::Terminate()
+{
+    FakeNetwork& network = FakeNetwork::instance();
+    network.record("terminate");
+    EXPECT_TRUE(network.mayTerminate) << "the SNMP library was torn down";
+}
+
+} // namespace UVARNETSNMP

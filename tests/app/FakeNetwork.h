@@ -1,0 +1,80 @@
+#pragma once
+
+#include <Poco/Net/NetworkInterface.h>
+#include <Poco/Timestamp.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace UVARNETSNMP {
+class SNMPSession;
+}
+struct snmp_pdu;
+
+/// Stands in for the host's interfaces and for the SNMP library: the test program defines
+/// `NetworkInterface::list` and the members of `SNMPSession` that the application uses, so nothing
+/// is ever sent. It records what the application does, in order, and does what a test told it;
+/// whatever a test did not announce fails that test.
+///
+/// Threads: the application's workers call in from their own threads; every member is locked,
+/// except that the script (the public functions) must be complete before the first worker starts.
+class FakeNetwork
+{
+public:
+    /// One asynchronous GET of a worker.
+    struct Request
+    {
+        std::string oidText;
+        long version;
+        std::string community;
+        std::string peer;
+        bool broadcast;
+        void* context;
+        void (*callback)(UVARNETSNMP::SNMPSession&, void*, snmp_pdu*);
+        long long timeout; ///< microseconds
+        std::thread::id thread;
+        Poco::Timestamp opened;
+    };
+
+    /// Becomes the one that is in force until it is destroyed. Only one may exist at a time.
+    FakeNetwork();
+    ~FakeNetwork();
+    FakeNetwork(const FakeNetwork&) = delete;
+    FakeNetwork& operator=(const FakeNetwork&) = delete;
+
+    static FakeNetwork& instance();
+
+    std::function<std::vector<Poco::Net::NetworkInterface>()> list;
+    std::function<bool(const std::string& name, const std::string& persistentDirectory,
+                       const std::string& mibDirectory, const std::string& mib)>
+        initialize;
+    std::function<void()> open; ///< called for each session; may throw; optional
+    std::function<bool(UVARNETSNMP::SNMPSession&, const Request&)> get;
+    bool mayTerminate = false;
+
+    void record(const std::string& call);
+    std::vector<std::string> calls() const;
+
+    void add(const Request& request);
+    std::vector<Request> requests() const;
+
+    /// Blocks until `count` requests have come in, ten seconds at most; false if they have not.
+    bool waitForRequests(std::size_t count) const;
+
+private:
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_changed;
+    std::vector<std::string> m_calls;
+    std::vector<Request> m_requests;
+};
+
+/// An interface with the given IPv4 or IPv6 addresses, each with its mask. It has no name: POCO
+/// asks the system about an interface as soon as it has one.
+Poco::Net::NetworkInterface
+makeInterface(const std::vector<std::pair<std::string, std::string>>& addresses);

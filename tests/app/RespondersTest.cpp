@@ -1,0 +1,226 @@
+#include "tests/app/FakeNetwork.h"
+#include "tests/app/TestApp.h"
+
+#include "snmp/SNMPSession.h"
+
+#include <net-snmp/library/snmp_transport.h>
+#include <net-snmp/net-snmp-config.h>
+#include <net-snmp/net-snmp-includes.h>
+
+#include <arpa/inet.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+namespace {
+
+using Responders = std::set<std::string>;
+
+/// A record as Net-SNMP's UDP transport makes it: the sender's address at the head, the rest
+/// filled with ones so that no other part of it can be taken for an address.
+template <std::size_t size>
+std::array<unsigned char, size> recordFrom(const char* address)
+{
+    sockaddr_in sender = {};
+    sender.sin_family = AF_INET;
+    sender.sin_port = htons(161);
+    EXPECT_EQ(inet_pton(AF_INET, address, &sender.sin_addr), 1);
+
+    std::array<unsigned char, size> record;
+    record.fill(0xff);
+    std::memcpy(record.data(), &sender, sizeof sender);
+    return record;
+}
+
+class Callback : public testing::Test
+{
+protected:
+    /// Hands a response to the application as its library would, and returns the responders.
+    Responders respond(void* transportData, std::size_t length)
+    {
+        snmp_pdu pdu = {};
+        pdu.transport_data = transportData;
+        pdu.transport_data_length = static_cast<int>(length);
+        SNMPDiscoveryApp::SNMPCallback(*session, application.get(), &pdu);
+        return application->m_responders;
+    }
+
+    FakeNetwork network;
+    Poco::AutoPtr<TestApp> application{new TestApp};
+    const std::unique_ptr<UVARNETSNMP::SNMPSession> session =
+        std::make_unique<UVARNETSNMP::SNMPSession>(0, "public", "192.0.2.255", true);
+};
+
+TEST_F(Callback, TakesTheSenderFromTheRecordOfABuildWithoutIpv6)
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    EXPECT_EQ(respond(record.data(), record.size()), Responders{"192.0.2.7"});
+}
+
+TEST_F(Callback, TakesTheSenderFromTheRecordAsItIsBuiltHere)
+{
+    auto record = recordFrom<sizeof(netsnmp_indexed_addr_pair)>("192.0.2.8");
+    EXPECT_EQ(respond(record.data(), record.size()), Responders{"192.0.2.8"});
+}
+
+TEST_F(Callback, TakesTheSenderOfAnyOtherLengthFromTheTransportsData)
+{
+    auto record = recordFrom<sizeof(netsnmp_indexed_addr_pair)>("192.0.2.9");
+    netsnmp_transport transport = {};
+    transport.data = record.data();
+    EXPECT_EQ(respond(&transport, sizeof transport), Responders{"192.0.2.9"});
+}
+
+TEST_F(Callback, LengthsBesideTheRecordsAreNotTheRecord)
+{
+    auto record = recordFrom<sizeof(netsnmp_indexed_addr_pair)>("192.0.2.10");
+    netsnmp_transport transport = {};
+    transport.data = record.data();
+    for (const std::size_t length :
+         {std::size_t{0}, std::size_t{35}, std::size_t{37}, sizeof(netsnmp_indexed_addr_pair) - 1,
+          sizeof(netsnmp_indexed_addr_pair) + 1}) {
+        application->m_responders.clear();
+        EXPECT_EQ(respond(&transport, length), Responders{"192.0.2.10"}) << length;
+    }
+}
+
+TEST_F(Callback, IgnoresATransportWithoutData)
+{
+    netsnmp_transport transport = {};
+    EXPECT_EQ(respond(&transport, sizeof transport), Responders{});
+}
+
+TEST_F(Callback, IgnoresAResponseWithoutTransportDataWhateverItsLength)
+{
+    for (const std::size_t length :
+         {std::size_t{0}, std::size_t{36}, sizeof(netsnmp_indexed_addr_pair)})
+        EXPECT_EQ(respond(nullptr, length), Responders{}) << length;
+}
+
+TEST_F(Callback, IgnoresAMissingContext)
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    snmp_pdu pdu = {};
+    pdu.transport_data = record.data();
+    pdu.transport_data_length = 36;
+    SNMPDiscoveryApp::SNMPCallback(*session, nullptr, &pdu);
+    EXPECT_EQ(application->m_responders, Responders{});
+}
+
+TEST_F(Callback, IgnoresAMissingPdu)
+{
+    SNMPDiscoveryApp::SNMPCallback(*session, application.get(), nullptr);
+    EXPECT_EQ(application->m_responders, Responders{});
+}
+
+TEST_F(Callback, ReadsOnlyTheSenderSoAnErrorStatusCountsAsAnAnswer)
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    snmp_pdu pdu = {};
+    pdu.errstat = SNMP_ERR_NOSUCHNAME;
+    pdu.command = SNMP_MSG_TRAP;
+    pdu.transport_data = record.data();
+    pdu.transport_data_length = 36;
+    SNMPDiscoveryApp::SNMPCallback(*session, application.get(), &pdu);
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.7"});
+}
+
+TEST_F(Callback, LeavesTheResponseAllocatedAndUnchanged)
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    snmp_pdu pdu = {};
+    pdu.transport_data = record.data();
+    pdu.transport_data_length = 36;
+    const snmp_pdu before = pdu;
+    SNMPDiscoveryApp::SNMPCallback(*session, application.get(),
+                                   &pdu); // the fake fails on a release
+    EXPECT_EQ(pdu.transport_data, before.transport_data);
+    EXPECT_EQ(pdu.transport_data_length, before.transport_data_length);
+}
+
+TEST_F(Callback, ExtremeAddressesAreTextLikeAllOthers)
+{
+    for (const char* address : {"0.0.0.0", "255.255.255.255", "198.51.100.1"}) {
+        auto record = recordFrom<36>(address);
+        application->m_responders.clear();
+        EXPECT_EQ(respond(record.data(), record.size()), Responders{address});
+    }
+}
+
+TEST_F(Callback, AnAgentThatAnswersTwiceIsListedOnce)
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    respond(record.data(), record.size());
+    EXPECT_EQ(respond(record.data(), record.size()), Responders{"192.0.2.7"});
+}
+
+TEST_F(Callback, TwoAgentsAreBothListed)
+{
+    auto first = recordFrom<36>("192.0.2.7");
+    auto second = recordFrom<36>("192.0.2.8");
+    respond(first.data(), first.size());
+    EXPECT_EQ(respond(second.data(), second.size()), (Responders{"192.0.2.7", "192.0.2.8"}));
+}
+
+class AddIP : public testing::Test
+{
+protected:
+    Poco::AutoPtr<TestApp> application{new TestApp};
+};
+
+TEST_F(AddIP, KeepsOneCopyOfEachAddress)
+{
+    application->AddIP("192.0.2.9");
+    application->AddIP("192.0.2.10");
+    application->AddIP("192.0.2.9");
+    EXPECT_EQ(application->m_responders, (Responders{"192.0.2.10", "192.0.2.9"}));
+}
+
+TEST_F(AddIP, WaitsForTheMutex)
+{
+    std::atomic<bool> unlocked{false};
+    bool waited = false;
+    application->m_mutex.lock();
+    std::thread worker([&] {
+        application->AddIP("192.0.2.9");
+        waited = unlocked;
+    });
+    unlocked = true;
+    application->m_mutex.unlock();
+    worker.join();
+    EXPECT_TRUE(waited);
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.9"});
+}
+
+TEST_F(AddIP, ReleasesTheMutex)
+{
+    application->AddIP("192.0.2.9");
+    bool locked = false;
+    std::thread([&] {
+        locked = application->m_mutex.tryLock();
+        if (locked)
+            application->m_mutex.unlock();
+    }).join();
+    EXPECT_TRUE(locked);
+}
+
+TEST_F(AddIP, TakesAddressesOfManyThreadsAtOnce)
+{
+    constexpr int threads = 8;
+    constexpr int addresses = 200;
+    std::vector<std::thread> workers;
+    for (int thread = 0; thread < threads; ++thread)
+        workers.emplace_back([&] {
+            for (int each = 0; each < addresses; ++each)
+                application->AddIP("192.0.2." + std::to_string(each));
+        });
+    for (std::thread& worker : workers)
+        worker.join();
+    EXPECT_EQ(application->m_responders.size(), static_cast<std::size_t>(addresses));
+}
+
+} // namespace
