@@ -94,12 +94,27 @@ Container copyTree(const Container& source)
     }
 }
 
+/// As the copy constructor, which up to libc++ 14 leaks the elements that it had copied when one
+/// fails.
+Value::Array copyByRecursion(const Value::Array& source)
+{
+    Value::Array result;
+    result.reserve(source.size());
+    result.insert(result.end(), source.begin(), source.end());
+    return result;
+}
+
+Value::Hash copyByRecursion(const Value::Hash& source)
+{
+    return source;
+}
+
 template <typename Container>
 Container copyContainer(const Container& source)
 {
     if (depth < maximumDepth) {
         const Descent descent;
-        return source;
+        return copyByRecursion(source);
     }
     return copyTree(source);
 }

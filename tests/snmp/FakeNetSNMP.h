@@ -5,6 +5,7 @@
 #include <Poco/Timestamp.h>
 
 #include <functional>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -132,6 +133,13 @@ public:
     using SNMPSession::RequestContext;
     using SNMPSession::SNMPSession;
 };
+
+/// sysUpTime.0, made without Net-SNMP's parser of names, which needs a library that is set up.
+inline UVARNETSNMP::OID SysUpTimeName()
+{
+    const oid name[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
+    return UVARNETSNMP::OID(name, std::size(name), 0);
+}
 
 /// Makes the library count as set up under `name`, or as not set up (empty), for a scope.
 class NameGuard

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ using UVARNETSNMP::SNMPSession;
 
 using Operation = snmp_pdu* (SNMPSession::*) (const OID&);
 
+// From numbers: Net-SNMP parses no text before it is set up, and here it never is.
+constexpr oid kNumbers[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
 constexpr const char* kName = "1.3.6.1.2.1.1.3.0";
 
 class SNMPSessionExchange : public ::testing::Test
@@ -26,7 +29,7 @@ protected:
 
     NameGuard m_name{"Test"};
     FakeNetSNMP m_fake;
-    const OID m_oid{kName};
+    const OID m_oid = SysUpTimeName();
 };
 
 struct OperationCase

@@ -75,7 +75,7 @@ protected:
     NameGuard m_name{"Test"};
     FakeNetSNMP m_fake;
     OpenBook m_session{SNMP_VERSION_1, "public", "192.0.2.255", true};
-    const OID m_oid{"1.3.6.1.2.1.1.3.0"};
+    const OID m_oid = SysUpTimeName();
     int m_userData = 0;
 };
 
