@@ -18,8 +18,6 @@ using UVARNETSNMP::SNMPSession;
 
 using Operation = snmp_pdu* (SNMPSession::*) (const OID&);
 
-// From numbers: Net-SNMP parses no text before it is set up, and here it never is.
-constexpr oid kNumbers[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
 constexpr const char* kName = "1.3.6.1.2.1.1.3.0";
 
 class SNMPSessionExchange : public ::testing::Test
