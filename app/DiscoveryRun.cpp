@@ -24,6 +24,11 @@ namespace {
 constexpr int passes = 2;
 constexpr long pauseAfterPass = 2000; // milliseconds
 
+/// Octets of each worker's receive buffer. All agents of a subnet answer a broadcast at the same
+/// moment, and what does not fit is lost: a datagram is charged from 768 octets (a small one, on
+/// Linux) to the 2 or 4 kB of the network card's buffer that it came in.
+constexpr int receiveBuffer = 4 * 1024 * 1024;
+
 /// Where Net-SNMP keeps persistent data; `text` is the user's choice, empty for the default below
 /// the temporary directory. Nothing is created here: that is left to Net-SNMP.
 Path persistentDirectory(const std::string& text)
@@ -79,6 +84,7 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         if (!SNMPSession::Initialize("SNMPDiscovery", persistent.toString(), mibs.toString(),
                                      "Printer-MIB"))
             return EXIT_USAGE;
+        SNMPSession::AskForReceiveBuffer(receiveBuffer);
 
         keepProbeable(interfaces);
         for (int pass = 0; pass < passes; ++pass) {

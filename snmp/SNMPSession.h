@@ -51,6 +51,13 @@ public:
     /// Initialize calls this before init_snmp, which reads both. Always true.
     static bool InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs);
 
+    /// Asks for a receive buffer of so many octets for every session opened from now on (Net-SNMP's
+    /// setting clientRecvBuf, see snmp.conf(5)), so that the answers to a broadcast, which come all
+    /// at once, wait there and are not lost. Does nothing if the setting has a value other than 0:
+    /// the administrator's configuration, which Initialize has read, is stronger. The system may
+    /// give less (Linux: at most net.core.rmem_max). After Initialize, before the first session.
+    static void AskForReceiveBuffer(int octets);
+
     /// Shuts Net-SNMP down if the library is set up; after the last session is gone. The library
     /// keeps counting as set up: Initialize stays a no-op, a second Terminate shuts down again.
     static void Terminate();

@@ -58,6 +58,13 @@ bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<st
     return true;
 }
 
+void SNMPSession::AskForReceiveBuffer(int octets)
+{
+    if (netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_CLIENTRECVBUF) == 0) {
+        netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_CLIENTRECVBUF, octets);
+    }
+}
+
 void SNMPSession::Terminate()
 {
     if (!m_SNMPName.empty()) {

@@ -59,7 +59,8 @@ TEST_F(DiscoveryRun, NoUsableInterfaceGivesAnEmptyArrayAfterBothPauses)
     EXPECT_EQ(application->run(), 64);
     EXPECT_GE(start.elapsed(), 4000000);
     EXPECT_EQ(output.text(), "[]");
-    EXPECT_EQ(network.calls(), (std::vector<std::string>{"list ip up", "initialize", "terminate"}));
+    EXPECT_EQ(network.calls(), (std::vector<std::string>{"list ip up", "initialize",
+                                                         "receive buffer 4194304", "terminate"}));
 }
 
 TEST_F(DiscoveryRun, ProbesEverySubnetTwiceAndPrintsTheRespondersInByteOrder)
@@ -98,9 +99,10 @@ TEST_F(DiscoveryRun, ProbesEverySubnetTwiceAndPrintsTheRespondersInByteOrder)
     EXPECT_GE(firstOfPassTwo - lastOfPassOne, 2000000);
 
     const std::vector<std::string> calls = network.calls();
-    ASSERT_EQ(calls.size(), 11U);
+    ASSERT_EQ(calls.size(), 12U);
     EXPECT_EQ(calls[0], "list ip up");
     EXPECT_EQ(calls[1], "initialize");
+    EXPECT_EQ(calls[2], "receive buffer 4194304"); // before the first session
     EXPECT_EQ(calls.back(), "terminate");
     EXPECT_EQ(countOf("open"), 4U);
     EXPECT_EQ(countOf("close"), 4U);

@@ -180,6 +180,11 @@ bool SNMPSession::Initialize(const std::string& name, const std::string& persist
     return network.initialize(name, persistentDir, mibDir, mib);
 }
 
+void SNMPSession::AskForReceiveBuffer(int octets)
+{
+    FakeNetwork::instance().record("receive buffer " + std::to_string(octets));
+}
+
 void SNMPSession::Terminate()
 {
     FakeNetwork& network = FakeNetwork::instance();
