@@ -61,6 +61,12 @@ void SNMPDiscoveryApp::SNMPCallback(UVARNETSNMP::SNMPSession& /*session*/, void*
     // head. It is copied out because the record says nothing of its alignment.
     sockaddr_in sender;
     std::memcpy(&sender, record, sizeof sender);
+
+    // Nobody reads the variable bindings, and an agent decides how many there are: up to 5 MB of
+    // memory for one datagram. The PDU stays, as one without any.
+    snmp_free_varbind(pdu->variables);
+    pdu->variables = nullptr;
+
     const char* text = addressText(sender.sin_addr);
     if (text == nullptr)
         return;

@@ -13,7 +13,10 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <cstring>
+#include <iterator>
+#include <string>
 #include <thread>
 
 namespace {
@@ -140,6 +143,57 @@ TEST_F(Callback, LeavesTheResponseAllocatedAndUnchanged)
                                    &pdu); // the fake fails on a release
     EXPECT_EQ(pdu.transport_data, before.transport_data);
     EXPECT_EQ(pdu.transport_data_length, before.transport_data_length);
+}
+
+/// A heap PDU with bindings of every kind that Net-SNMP allocates for: a name and a value that fit
+/// the binding itself, and ones that do not.
+snmp_pdu* pduWithBindings(unsigned char* record, int length)
+{
+    auto* const pdu = static_cast<snmp_pdu*>(calloc(1, sizeof(snmp_pdu)));
+    const oid name[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
+    const std::string longText(60000, 'x');
+    for (const std::string& text : {std::string("short"), longText}) {
+        EXPECT_NE(snmp_pdu_add_variable(pdu, name, std::size(name), ASN_OCTET_STR, text.data(),
+                                        text.size()),
+                  nullptr);
+    }
+    std::array<oid, MAX_OID_LEN> longName = {};
+    longName.fill(1);
+    EXPECT_NE(snmp_add_null_var(pdu, longName.data(), longName.size()), nullptr);
+    pdu->transport_data = record;
+    pdu->transport_data_length = length;
+    return pdu;
+}
+
+TEST_F(Callback, ReleasesTheBindingsAndLeavesAPduWithoutAny) // the leak checker sees the rest
+{
+    auto record = recordFrom<36>("192.0.2.7");
+    snmp_pdu* const pdu = pduWithBindings(record.data(), 36);
+    pdu->reqid = 17;
+
+    SNMPDiscoveryApp::SNMPCallback(*session, application.get(), pdu);
+
+    EXPECT_EQ(pdu->variables, nullptr);
+    EXPECT_EQ(snmp_varbind_len(pdu), 0U);
+    EXPECT_EQ(pdu->reqid, 17);
+    EXPECT_EQ(pdu->transport_data, record.data());
+    EXPECT_EQ(pdu->transport_data_length, 36);
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.7"});
+    free(pdu);
+}
+
+TEST_F(Callback, KeepsTheBindingsOfAResponseWhoseSenderItCannotTell)
+{
+    netsnmp_transport transport = {};
+    auto* const data = reinterpret_cast<unsigned char*>(&transport);
+    snmp_pdu* const pdu = pduWithBindings(data, sizeof transport);
+
+    SNMPDiscoveryApp::SNMPCallback(*session, application.get(), pdu);
+
+    ASSERT_NE(pdu->variables, nullptr);
+    EXPECT_EQ(snmp_varbind_len(pdu), 3U);
+    snmp_free_varbind(pdu->variables);
+    free(pdu);
 }
 
 TEST_F(Callback, ExtremeAddressesAreTextLikeAllOthers)
