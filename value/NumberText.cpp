@@ -158,6 +158,20 @@ std::string_view realField(std::string_view text) noexcept
     return complete ? text.substr(0, length) : std::string_view();
 }
 
+/// The number that is all of `field`; 0.0 if that is empty.
+double toReal(std::string_view field)
+{
+    // strtod reads the C locale's decimal point. It gives infinity on overflow, where a stream
+    // would give the largest finite number.
+    std::string text(field);
+    const std::size_t point = text.find('.');
+    if (point != std::string::npos) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): races only with setlocale, as strtod itself does
+        text.replace(point, 1, std::localeconv()->decimal_point);
+    }
+    return std::strtod(text.c_str(), nullptr);
+}
+
 } // namespace
 
 char* NumberText::write(char* out, long long number) noexcept
@@ -201,13 +215,16 @@ long long NumberText::readLong(std::string_view text) noexcept
 
 double NumberText::readReal(std::string_view text)
 {
-    std::string field(realField(withoutLeadingSpace(text)));
-    // strtod reads the C locale's decimal point. It gives infinity on overflow, where a stream
-    // would give the largest finite number.
-    const std::size_t point = field.find('.');
-    if (point != std::string::npos) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): races only with setlocale, as strtod itself does
-        field.replace(point, 1, std::localeconv()->decimal_point);
+    return toReal(realField(withoutLeadingSpace(text)));
+}
+
+std::optional<double> NumberText::wholeReal(std::string_view text)
+{
+    text = withoutLeadingSpace(text);
+    const std::string_view field = realField(text);
+    if (field.empty() || field.size() != text.size()) {
+        return std::nullopt;
     }
-    return std::strtod(field.c_str(), nullptr);
+    const double real = toReal(field);
+    return std::isinf(real) ? std::nullopt : std::optional(real);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 // Numbers as text, the same in every locale: the program may have set one that groups digits or
@@ -29,5 +30,9 @@ long long readLong(std::string_view text) noexcept;
 /// libraries' streams this reads neither hexadecimal numbers nor "inf" and "nan", and "12abc"
 /// is 12.
 double readReal(std::string_view text);
+
+/// The same when nothing follows the number; none if anything does, if there is no complete number
+/// or if it overflows.
+std::optional<double> wholeReal(std::string_view text);
 
 } // namespace NumberText

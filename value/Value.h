@@ -94,6 +94,19 @@ public:
     /// Inserts to_s() as a string: width, fill and adjustment apply to the whole text.
     friend std::ostream& operator<<(std::ostream& os, const Value& v);
 
+    /// Reads one JSON value and leaves `in` right behind it: see JSONParser. Bad input of any kind
+    /// gives the nil with a null `void*`, with all that was read until then consumed. Numbers are
+    /// longs or reals, never integers. `in` must be good, or it throws std::ios_base::failure and
+    /// its exception mask is left changed; and its mask should be empty, as it is by default:
+    /// setting the mask back ends the program if the read has set a bit of it.
+    static Value parse_json(std::istream& in);
+    /// The scalar that `text` spells: true, false, nil or null (the empty nil), an integer if it
+    /// is a number equal to an int, as 1e3 and " 7" are, another number as a real. Everything else
+    /// is the string `text`, as are 1e999, hexadecimal numbers, inf and nan.
+    static Value parse(const std::string& text);
+    /// Extracts a word as for a string, and makes it a string; the empty one if that fails.
+    friend std::istream& operator>>(std::istream& in, Value& v);
+
     /// Chooses to_b()'s rules for the whole process; false at start. Not synchronised: set it
     /// before values are used on several threads.
     static void follow_ruby_boolean_evaluation_rules(bool follow) noexcept;

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "value/CharacterSource.h"
+#include "value/Value.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Reads one JSON value from a stream and leaves the stream right behind it: blanks and text after
+/// the value stay unread. It accepts more than JSON does; each such rule stands at its function.
+/// None of them recurses, so that no depth of nesting exhausts the stack.
+///
+/// All but getToken() throw on bad input: std::exception for a character in the wrong place,
+/// std::ios_base::failure when the stream ends or fails. What was read until then stays consumed. A
+/// character that breaks the rules is left unread, except inside a literal, right after a
+/// backslash, where the second half of a surrogate pair is missing and where a digit makes a number
+/// too large: there it has been consumed.
+///
+/// One thread at a time may use a parser; it has the stream to itself. The stream's gcount() means
+/// nothing afterwards.
+class JSONParser
+{
+public:
+    /// Keeps `in`, which must outlive the parser, and sets its exception mask to all three bits.
+    /// Throws std::ios_base::failure if `in` is not good, and then the mask stays so.
+    explicit JSONParser(std::istream& in);
+    JSONParser(const JSONParser&) = delete;
+    JSONParser& operator=(const JSONParser&) = delete;
+    /// Puts the mask back. If the read has set a bit that this mask contains, the stream throws in
+    /// here, which ends the program: the stream's own mask should be empty, as it is by default.
+    ~JSONParser();
+
+    /// One value. Any exception gives the nil with a null `void*`; only when there is not even
+    /// memory for that is it the empty nil.
+    Value getToken() noexcept;
+    /// One value after white space.
+    Value getValue();
+
+    /// Consumes tabs, line feeds, vertical tabs, form feeds, carriage returns and spaces. The end
+    /// of the stream ends it quietly; whoever needs a character finds out.
+    void skipWhitespace();
+    /// The next character as a signed char, so that bytes from 128 are negative.
+    int peekChar();
+    int getChar();
+
+    /// A hash. The last of members with the same name counts. A name without colon and value is
+    /// dropped: `{"a"}` is empty, `{"a", "b": 1}` has only b.
+    Value getObject();
+    Value getArray();
+    /// A string of bytes: raw control characters and malformed UTF-8 are kept. `\u` escapes become
+    /// UTF-8, a pair of surrogates one character; a low surrogate alone its own three bytes.
+    Value getString();
+    /// These three look no further than the literal's last letter: `truex` leaves `x` unread.
+    Value getTrue();
+    Value getFalse();
+    Value getNull();
+    /// A long if fraction and exponent are zero, as in 1.0 and 5e0; else a real. Nothing is read
+    /// after a leading zero of the integer part: `012` leaves `12` unread. An integer part or an
+    /// exponent beyond 64 signed bits is an error.
+    ///
+    /// A real is (magnitude + digits * pow(10, -count)) * pow(10, exponent) in doubles, which need
+    /// not be the double nearest to the text. The magnitude 2^63, which only a negative number may
+    /// have, turns negative in it, so that -9223372036854775808.5 is positive.
+    Value getNumber();
+    /// At least one decimal digit, up to the first other character. The result is at most 2^63 - 1,
+    /// or 2^63 if `negative`, which comes out as the least long. A digit that would exceed this is
+    /// an error; but when `count` is given, it and those after it are ignored, and `count` receives
+    /// the number of digits used.
+    long long getDigits(bool negative, int* count);
+    /// One hexadecimal digit in either case.
+    std::uint16_t getHexDigit();
+    /// Four hexadecimal digits: one UTF-16 code unit.
+    std::uint16_t getUnicode();
+
+private:
+    /// An array or hash that is being read.
+    struct Open
+    {
+        Value::Array* array; ///< null for a hash
+        Value::Hash* hash;
+        char closing() const noexcept { return array ? ']' : '}'; }
+    };
+
+    void expect(char expected);
+    void getLiteral(std::string_view letters);
+    char peekInNumber();
+    std::string getText();
+    void getEscape(std::string& text);
+    char32_t getCodePoint();
+    Value getContainer();
+    Value getScalar(char first);
+    Value* placeAfterValue(std::vector<Open>& open);
+    Value* nextPlace(const Open& container, bool first);
+    Value* nextEntry(Value::Hash& hash);
+
+    CharacterSource m_source;
+    std::ios_base::iostate m_savedMask;
+};
