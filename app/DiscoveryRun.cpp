@@ -72,8 +72,9 @@ Value document(const std::set<std::string>& responders)
 int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 {
     m_community = config().getString("Community", "public");
-    if (m_helpRequested)
+    if (m_helpRequested) {
         return EXIT_USAGE;
+    }
 
     {
         std::vector<NetworkInterface> interfaces = NetworkInterface::list(true, true);
@@ -82,21 +83,24 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         const Path persistent = persistentDirectory(config().getString("SNMPPersistPath", ""));
         const Path mibs = mibDirectory(config().getString("application.path", ""));
         if (!SNMPSession::Initialize("SNMPDiscovery", persistent.toString(), mibs.toString(),
-                                     "Printer-MIB"))
+                                     "Printer-MIB")) {
             return EXIT_USAGE;
+        }
         SNMPSession::AskForReceiveBuffer(receiveBuffer);
 
         keepProbeable(interfaces);
         for (int pass = 0; pass < passes; ++pass) {
-            for (const NetworkInterface& interface : interfaces)
+            for (const NetworkInterface& interface : interfaces) {
                 workers.emplace_back(
                     new SubnetDiscovery(*this, broadcastAddress(interface), m_community));
+            }
             Poco::Thread::sleep(pauseAfterPass);
         }
 
         // Each release joins its worker, so this waits for the last one to finish listening.
-        while (!workers.empty())
+        while (!workers.empty()) {
             workers.pop_back();
+        }
 
         // No lock: every thread that added a responder has been joined.
         std::cout << document(m_responders).to_json();

@@ -25,10 +25,12 @@ constexpr std::size_t ipv4AddressPairSize = 36;
 const void* addressPair(const snmp_pdu& pdu)
 {
     const auto length = static_cast<std::size_t>(pdu.transport_data_length);
-    if (pdu.transport_data == nullptr)
+    if (pdu.transport_data == nullptr) {
         return nullptr;
-    if (length == ipv4AddressPairSize || length == sizeof(netsnmp_indexed_addr_pair))
+    }
+    if (length == ipv4AddressPairSize || length == sizeof(netsnmp_indexed_addr_pair)) {
         return pdu.transport_data;
+    }
     return static_cast<const netsnmp_transport*>(pdu.transport_data)->data;
 }
 
@@ -50,12 +52,14 @@ const char* addressText(in_addr address)
 void SNMPDiscoveryApp::SNMPCallback(UVARNETSNMP::SNMPSession& /*session*/, void* context,
                                     snmp_pdu* pdu)
 {
-    if (context == nullptr || pdu == nullptr)
+    if (context == nullptr || pdu == nullptr) {
         return;
+    }
 
     const void* record = addressPair(*pdu);
-    if (record == nullptr)
+    if (record == nullptr) {
         return;
+    }
 
     // In every build the remote address is the record's first member, and a sockaddr_in is at its
     // head. It is copied out because the record says nothing of its alignment.
@@ -68,8 +72,9 @@ void SNMPDiscoveryApp::SNMPCallback(UVARNETSNMP::SNMPSession& /*session*/, void*
     pdu->variables = nullptr;
 
     const char* text = addressText(sender.sin_addr);
-    if (text == nullptr)
+    if (text == nullptr) {
         return;
+    }
 
     static_cast<SNMPDiscoveryApp*>(context)->AddIP(text);
 }

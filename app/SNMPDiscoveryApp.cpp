@@ -91,8 +91,9 @@ void SNMPDiscoveryApp::displayHelp()
 void SNMPDiscoveryApp::defineProperty(const std::string& def)
 {
     const std::string::size_type equals = def.find('=');
-    if (equals == std::string::npos)
+    if (equals == std::string::npos) {
         config().setString(def, "");
-    else
+    } else {
         config().setString(def.substr(0, equals), def.substr(equals + 1, def.length() - equals));
+    }
 }

@@ -37,8 +37,9 @@ struct std::char_traits<unsigned char>
     static constexpr std::size_t length(const char_type* text) noexcept
     {
         std::size_t count = 0;
-        while (text[count] != 0)
+        while (text[count] != 0) {
             ++count;
+        }
         return count;
     }
     static const char_type* find(const char_type* text, std::size_t count,

@@ -13,8 +13,9 @@ namespace {
 
 oid* allocateArray(std::size_t count) noexcept
 {
-    if (count > std::numeric_limits<std::size_t>::max() / sizeof(oid))
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(oid)) {
         return nullptr;
+    }
     return static_cast<oid*>(netsnmp_malloc(count * sizeof(oid)));
 }
 
@@ -29,8 +30,9 @@ std::size_t sharedFront(const oid* a, std::size_t aLength, const oid* b,
 {
     const std::size_t shorter = std::min(aLength, bLength);
     std::size_t shared = 0;
-    while (shared < shorter && a[shared] == b[shared])
+    while (shared < shorter && a[shared] == b[shared]) {
         ++shared;
+    }
     return shared;
 }
 
@@ -45,16 +47,19 @@ OID::OID(const char* text) noexcept : OID(text, false) {}
 
 OID::OID(const char* text, bool lastOnly) noexcept
 {
-    if (text == nullptr)
+    if (text == nullptr) {
         return;
+    }
     oid buffer[MAX_OID_LEN];
     std::size_t count = MAX_OID_LEN;
-    if (snmp_parse_oid(text, buffer, &count) == nullptr || count == 0)
+    if (snmp_parse_oid(text, buffer, &count) == nullptr || count == 0) {
         return;
-    if (lastOnly)
+    }
+    if (lastOnly) {
         dup(&buffer[count - 1], 1, 1);
-    else
+    } else {
         dup(buffer, count, count);
+    }
 }
 
 OID::OID(const OID& other) noexcept
@@ -69,20 +74,23 @@ OID::~OID()
 
 OID& OID::operator=(const OID& other) noexcept
 {
-    if (this != &other)
+    if (this != &other) {
         dup(other.m_array, other.m_length, other.m_capacity);
+    }
     return *this;
 }
 
 int OID::dup(const oid* ids, std::size_t length, std::size_t capacity) noexcept
 {
-    if (ids == nullptr || length == 0)
+    if (ids == nullptr || length == 0) {
         return 0;
+    }
     const std::size_t needed = std::max(length, capacity);
     if (m_array == nullptr || m_capacity < needed) {
         clear();
-        if (!allocate(needed))
+        if (!allocate(needed)) {
             return 0;
+        }
     }
     copyArray(m_array, ids, length);
     m_length = length;
@@ -92,8 +100,9 @@ int OID::dup(const oid* ids, std::size_t length, std::size_t capacity) noexcept
 
 void OID::clear() noexcept
 {
-    if (m_array != nullptr)
+    if (m_array != nullptr) {
         netsnmp_free(m_array);
+    }
     m_array = nullptr;
     m_length = 0;
     m_capacity = 0;
@@ -119,12 +128,14 @@ bool OID::subnode(const OID& other) const noexcept
 
 bool OID::trim(const OID& base, std::size_t extra) noexcept
 {
-    if (m_array == nullptr)
+    if (m_array == nullptr) {
         return false;
+    }
     const std::size_t shared = sharedFront(m_array, m_length, base.m_array, base.m_length);
     const std::size_t removed = shared + std::min(extra, m_length - shared);
-    if (removed == 0)
+    if (removed == 0) {
         return false;
+    }
     m_length -= removed;
     std::memmove(m_array, m_array + removed, m_length * sizeof(oid));
     return true;
@@ -132,14 +143,17 @@ bool OID::trim(const OID& base, std::size_t extra) noexcept
 
 bool OID::append(const OID& other) noexcept
 {
-    if (!other.valid() || this == &other)
+    if (!other.valid() || this == &other) {
         return false;
+    }
     const std::size_t sum = m_length + other.m_length;
-    if (m_length != 0 && sum > m_capacity)
+    if (m_length != 0 && sum > m_capacity) {
         grow(sum);
+    }
     // Also so after a growth that found no memory: the OID is then as small as before, or empty.
-    if (m_length + other.m_length > m_capacity)
+    if (m_length + other.m_length > m_capacity) {
         return false;
+    }
     copyArray(m_array + m_length, other.m_array, other.m_length);
     m_length += other.m_length;
     return true;
@@ -148,8 +162,9 @@ bool OID::append(const OID& other) noexcept
 bool OID::allocate(std::size_t capacity) noexcept
 {
     m_array = allocateArray(capacity);
-    if (m_array != nullptr)
+    if (m_array != nullptr) {
         m_capacity = capacity;
+    }
     return m_array != nullptr;
 }
 
@@ -159,8 +174,9 @@ bool OID::allocate(std::size_t capacity) noexcept
 void OID::grow(std::size_t capacity) noexcept
 {
     oid* const saved = allocateArray(capacity);
-    if (saved == nullptr)
+    if (saved == nullptr) {
         return;
+    }
     const std::size_t length = m_length;
     copyArray(saved, m_array, length);
     clear();

@@ -52,8 +52,9 @@ public:
     /// Empty also when the printing succeeded without producing a buffer.
     std::string text() const noexcept
     {
-        if (m_text == nullptr)
+        if (m_text == nullptr) {
             return {};
+        }
         const auto* const text = reinterpret_cast<const char*>(m_text);
         return copyText(text, std::strlen(text));
     }
@@ -91,24 +92,29 @@ std::string octets(const variable_list& var) noexcept
 {
     const auto* const bytes = reinterpret_cast<const char*>(var.val.string);
     auto count = static_cast<std::int32_t>(var.val_len);
-    if (bytes == nullptr)
+    if (bytes == nullptr) {
         return {};
-    while (count > 0 && bytes[count - 1] == '\0')
+    }
+    while (count > 0 && bytes[count - 1] == '\0') {
         --count;
+    }
     return count > 0 ? copyText(bytes, static_cast<std::size_t>(count)) : std::string();
 }
 
 /// The label that the MIB gives to an integer, or null. The first match in the list's order counts.
 const char* enumerationLabel(const variable_list& var, const oid* ids, std::size_t length) noexcept
 {
-    if (var.type != ASN_INTEGER || var.val.integer == nullptr)
+    if (var.type != ASN_INTEGER || var.val.integer == nullptr) {
         return nullptr;
+    }
     const tree* const node = get_tree(ids, length, get_tree_head());
-    if (node == nullptr)
+    if (node == nullptr) {
         return nullptr;
+    }
     for (const enum_list* entry = node->enums; entry != nullptr; entry = entry->next) {
-        if (entry->value == *var.val.integer)
+        if (entry->value == *var.val.integer) {
             return entry->label;
+        }
     }
     return nullptr;
 }
@@ -117,37 +123,42 @@ const char* enumerationLabel(const variable_list& var, const oid* ids, std::size
 
 std::string OID::toValue(variable_list* var) const
 {
-    if (var == nullptr || !valid())
+    if (var == nullptr || !valid()) {
         return {};
+    }
     PrintBuffer buffer;
     const Poco::Mutex::ScopedLock lock(s_mutex);
     const BriefPrinting brief;
 
     std::string result;
-    if (var->type == ASN_OCTET_STR)
+    if (var->type == ASN_OCTET_STR) {
         result = octets(*var);
-    else if (const char* label = enumerationLabel(*var, m_array, m_length))
+    } else if (const char* label = enumerationLabel(*var, m_array, m_length)) {
         result = copyText(label, std::strlen(label));
-    else if (buffer.printValue(var))
+    } else if (buffer.printValue(var)) {
         result = buffer.text();
-    else
+    } else {
         return result;
+    }
     brief.restore();
     return result;
 }
 
 std::string OID::toString(int format) const
 {
-    if (!valid())
+    if (!valid()) {
         return {};
+    }
     PrintBuffer buffer;
     const Poco::Mutex::ScopedLock lock(s_mutex);
     const int saved = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT);
-    if (saved != format)
+    if (saved != format) {
         netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT, format);
+    }
     const bool printed = buffer.printName(m_array, m_length);
-    if (saved != format)
+    if (saved != format) {
         netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT, saved);
+    }
     return printed ? buffer.text() : std::string();
 }
 
@@ -162,8 +173,9 @@ std::string OID::toDottedNotation() const
     try {
         std::string result;
         for (std::size_t i = 0; i < m_length; ++i) {
-            if (!result.empty())
+            if (!result.empty()) {
                 result += '.';
+            }
             result += Poco::format("%d", Poco::Any(static_cast<std::int32_t>(m_array[i])));
         }
         return result;

@@ -36,8 +36,9 @@ void duplicate(const Params& params, const std::string& key, Char** out,
             }
         }
     }
-    if (length != nullptr)
+    if (length != nullptr) {
         *length = count;
+    }
 }
 
 } // namespace
@@ -46,8 +47,9 @@ SNMPSecurity::SNMPSecurity(const std::map<std::string, ByteString>& params) : m_
 
 SNMPSecurity::SNMPSecurity(const std::map<std::string, std::string>& params)
 {
-    for (const auto& [key, value] : params)
+    for (const auto& [key, value] : params) {
         m_params.emplace_hint(m_params.end(), key, upToFirstNul(value));
+    }
 }
 
 const ByteString& SNMPSecurity::Lookup(const std::string& key) const noexcept

@@ -9,11 +9,11 @@ namespace UVARNETSNMP {
 namespace {
 
 /// Where the community-only constructor sends: the broadcast address of a private /24 (RFC 1918).
-constexpr const char* kFixedBroadcast = "192.168.1.255";
+constexpr const char* fixedBroadcast = "192.168.1.255";
 
 /// RFC 3411, SnmpEngineID: OCTET STRING (SIZE(5..32)).
-constexpr size_t kShortestEngineID = 5;
-constexpr size_t kLongestEngineID = 32;
+constexpr size_t shortestEngineID = 5;
+constexpr size_t longestEngineID = 32;
 
 SNMPSecurity CommunityOnly(const std::string& community)
 {
@@ -29,7 +29,7 @@ SNMPSession::SNMPSession(long version, const std::string& community, const std::
 {}
 
 SNMPSession::SNMPSession(long version, const std::string& community)
-    : SNMPSession(version, community, kFixedBroadcast, true)
+    : SNMPSession(version, community, fixedBroadcast, true)
 {}
 
 SNMPSession::SNMPSession(long version, const SNMPSecurity& security, const std::string& host,
@@ -64,7 +64,7 @@ bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
     if (engineID == nullptr || engineIDLength == nullptr) {
         return false;
     }
-    size_t capacity = kLongestEngineID;
+    size_t capacity = longestEngineID;
     size_t length = 0;
     auto* buffer = static_cast<unsigned char*>(std::malloc(capacity));
     if (buffer == nullptr) {
@@ -72,7 +72,7 @@ bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
     }
     // A longer text makes Net-SNMP move the buffer; it stays ours, also when the text is refused.
     if (snmp_hex_to_binary(&buffer, &capacity, &length, 1, hex.c_str()) == 0 ||
-        length < kShortestEngineID || length > kLongestEngineID) {
+        length < shortestEngineID || length > longestEngineID) {
         std::free(buffer);
         return false;
     }

@@ -9,8 +9,8 @@ namespace UVARNETSNMP {
 
 namespace {
 
-constexpr long kTimeoutMicroseconds = 3000000; // until a resend
-constexpr int kRetries = 2;                    // resends after the first
+constexpr long timeoutMicroseconds = 3000000; // until a resend
+constexpr int retries = 2;                    // resends after the first
 
 /// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
 /// unset. The outcome is not examined: a session without a key is refused when it is used.
@@ -87,8 +87,8 @@ void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, 
     snmp_sess_init(&session);
     session.version = version;
     session.peername = peerName;
-    session.timeout = kTimeoutMicroseconds;
-    session.retries = kRetries;
+    session.timeout = timeoutMicroseconds;
+    session.retries = retries;
     security.LookupDuplicate("community", &session.community, &session.community_len);
 
     SetAuthProtocol(session, authProtocol);

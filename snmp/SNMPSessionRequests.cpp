@@ -10,15 +10,15 @@ namespace UVARNETSNMP {
 
 namespace {
 
-constexpr long kMaxRepetitions = 10;
-constexpr suseconds_t kTurnMicroseconds = 5000; // the longest wait of one turn
+constexpr long maxRepetitions = 10;
+constexpr suseconds_t turnMicroseconds = 5000; // the longest wait of one turn
 
 /// Asks for oid's value. Non-repeaters and max-repetitions are the error-status and error-index of
 /// the other request types: those too go out with 0 and 10, on purpose.
 void FillRequest(snmp_pdu& request, const OID& oid)
 {
     request.non_repeaters = 0;
-    request.max_repetitions = kMaxRepetitions;
+    request.max_repetitions = maxRepetitions;
     snmp_add_null_var(&request, oid.oidptr(), oid.oidsize());
 }
 
@@ -112,7 +112,7 @@ void SNMPSession::ServeOnce()
 {
     int count = 0;
     int block = 0;
-    timeval wait = {0, kTurnMicroseconds};
+    timeval wait = {0, turnMicroseconds};
     fd_set ready;
     FD_ZERO(&ready);
     // A stream whose peer hung up ("tcp:" hosts) has no descriptor left, and snmp_sess_select_info

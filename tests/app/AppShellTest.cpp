@@ -29,8 +29,9 @@ std::string outputOf(const std::vector<std::string>& arguments, int* exitCode = 
     Poco::AutoPtr<TestApp> application(new TestApp);
     application->initWith(arguments);
     const int code = application->run();
-    if (exitCode != nullptr)
+    if (exitCode != nullptr) {
         *exitCode = code;
+    }
     EXPECT_TRUE(network.calls().empty());
     return output.text();
 }
@@ -40,10 +41,11 @@ std::string words(const std::string& text)
 {
     std::string result;
     for (const char each : text) {
-        if (std::isspace(static_cast<unsigned char>(each)) == 0)
+        if (std::isspace(static_cast<unsigned char>(each)) == 0) {
             result += each;
-        else if (!result.empty() && result.back() != ' ')
+        } else if (!result.empty() && result.back() != ' ') {
             result += ' ';
+        }
     }
     return result;
 }

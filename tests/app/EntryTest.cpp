@@ -15,8 +15,9 @@ int enter(std::vector<std::string> arguments)
 {
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 1);
-    for (std::string& argument : arguments)
+    for (std::string& argument : arguments) {
         argv.push_back(argument.data());
+    }
     argv.push_back(nullptr);
     return processEntry(static_cast<int>(arguments.size()), argv.data());
 }

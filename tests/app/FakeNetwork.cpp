@@ -24,7 +24,7 @@ struct Opened
     std::string community;
     std::string peer;
     bool broadcast;
-    Poco::Timestamp at;
+    std::chrono::steady_clock::time_point at;
 };
 
 std::mutex sessionsMutex;
@@ -35,8 +35,9 @@ thread_local std::string parsedText;
 
 FakeNetwork::FakeNetwork()
 {
-    if (inForce != nullptr)
+    if (inForce != nullptr) {
         throw std::logic_error("two fake networks at once");
+    }
     inForce = this;
 }
 
@@ -47,8 +48,9 @@ FakeNetwork::~FakeNetwork()
 
 FakeNetwork& FakeNetwork::instance()
 {
-    if (inForce == nullptr)
+    if (inForce == nullptr) {
         throw std::logic_error("the application called its libraries outside a test");
+    }
     return *inForce;
 }
 
@@ -87,8 +89,9 @@ bool FakeNetwork::waitForRequests(std::size_t count) const
 NetworkInterface makeInterface(const std::vector<std::pair<std::string, std::string>>& addresses)
 {
     NetworkInterface interface;
-    for (const auto& [address, mask] : addresses)
+    for (const auto& [address, mask] : addresses) {
         interface.addAddress(IPAddress(address), IPAddress(mask), IPAddress());
+    }
     return interface;
 }
 
@@ -127,10 +130,11 @@ SNMPSession::SNMPSession(long version, const std::string& community, const std::
 {
     FakeNetwork& network = FakeNetwork::instance();
     network.record("open");
-    if (network.open)
+    if (network.open) {
         network.open();
+    }
     const std::lock_guard<std::mutex> lock(sessionsMutex);
-    sessions[this] = {version, community, host, broadcast, Poco::Timestamp()};
+    sessions[this] = {version, community, host, broadcast, std::chrono::steady_clock::now()};
 }
 
 SNMPSession::~SNMPSession()

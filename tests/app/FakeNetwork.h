@@ -1,8 +1,8 @@
 #pragma once
 
 #include <Poco/Net/NetworkInterface.h>
-#include <Poco/Timestamp.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -39,7 +39,7 @@ public:
         void (*callback)(UVARNETSNMP::SNMPSession&, void*, snmp_pdu*);
         long long timeout; ///< microseconds
         std::thread::id thread;
-        Poco::Timestamp opened;
+        std::chrono::steady_clock::time_point opened;
     };
 
     /// Becomes the one that is in force until it is destroyed. Only one may exist at a time.

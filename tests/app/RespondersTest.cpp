@@ -100,8 +100,9 @@ TEST_F(Callback, IgnoresATransportWithoutData)
 TEST_F(Callback, IgnoresAResponseWithoutTransportDataWhateverItsLength)
 {
     for (const std::size_t length :
-         {std::size_t{0}, std::size_t{36}, sizeof(netsnmp_indexed_addr_pair)})
+         {std::size_t{0}, std::size_t{36}, sizeof(netsnmp_indexed_addr_pair)}) {
         EXPECT_EQ(respond(nullptr, length), Responders{}) << length;
+    }
 }
 
 TEST_F(Callback, IgnoresAMissingContext)
@@ -256,8 +257,9 @@ TEST_F(AddIP, ReleasesTheMutex)
     bool locked = false;
     std::thread([&] {
         locked = application->m_mutex.tryLock();
-        if (locked)
+        if (locked) {
             application->m_mutex.unlock();
+        }
     }).join();
     EXPECT_TRUE(locked);
 }
@@ -267,13 +269,16 @@ TEST_F(AddIP, TakesAddressesOfManyThreadsAtOnce)
     constexpr int threads = 8;
     constexpr int addresses = 200;
     std::vector<std::thread> workers;
-    for (int thread = 0; thread < threads; ++thread)
+    for (int thread = 0; thread < threads; ++thread) {
         workers.emplace_back([&] {
-            for (int each = 0; each < addresses; ++each)
+            for (int each = 0; each < addresses; ++each) {
                 application->AddIP("192.0.2." + std::to_string(each));
+            }
         });
-    for (std::thread& worker : workers)
+    }
+    for (std::thread& worker : workers) {
         worker.join();
+    }
     EXPECT_EQ(application->m_responders.size(), static_cast<std::size_t>(addresses));
 }
 

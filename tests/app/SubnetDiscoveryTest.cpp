@@ -131,8 +131,9 @@ TEST_F(SubnetDiscovery, AnExceptionEndsItsOwnThreadAlone)
     CountingErrorHandler handler;
     std::atomic<int> opened{0};
     network.open = [&] {
-        if (opened++ == 0)
+        if (opened++ == 0) {
             throw Poco::SystemException("no session");
+        }
     };
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
     {

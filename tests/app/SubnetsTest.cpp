@@ -59,8 +59,9 @@ TEST(Subnets, KeptInterfacesStayInOrderWhereverTheDroppedOnesStood)
 
     std::vector<std::string> kept;
     kept.reserve(interfaces.size());
-    for (const NetworkInterface& interface : interfaces)
+    for (const NetworkInterface& interface : interfaces) {
         kept.push_back(interface.address(0).toString());
+    }
     EXPECT_EQ(kept, (std::vector<std::string>{"192.0.2.3", "192.0.2.1", "192.0.2.2"}));
 }
 

@@ -28,8 +28,9 @@ public:
         arguments.insert(arguments.begin(), std::move(executable));
         std::vector<char*> argv;
         argv.reserve(arguments.size() + 1);
-        for (std::string& argument : arguments)
+        for (std::string& argument : arguments) {
             argv.push_back(argument.data());
+        }
         argv.push_back(nullptr);
         init(static_cast<int>(arguments.size()), argv.data());
     }

@@ -112,8 +112,9 @@ TEST(FurtherModuleTest, ConventionsThatOtherModulesImport)
                              "ProductID",
                              "InternationalDisplayString",
                              "IANAifType",
-                             "IANACharset"})
+                             "IANACharset"}) {
         EXPECT_THAT(LoadedMibFolder::Get().TextualConventions(), Contains(name));
+    }
     EXPECT_THAT(LoadedMibFolder::Get().TextualConventions(), Not(Contains("NoSuchConvention")));
 }
 

@@ -12,8 +12,9 @@ namespace {
 int Record(int /*major*/, int /*minor*/, void* message, void* target)
 {
     const auto& logged = *static_cast<const snmp_log_message*>(message);
-    if (logged.priority <= LOG_NOTICE)
+    if (logged.priority <= LOG_NOTICE) {
         static_cast<std::vector<std::string>*>(target)->emplace_back(logged.msg);
+    }
     return SNMP_ERR_NOERROR;
 }
 
@@ -42,11 +43,13 @@ LoadedMibFolder::LoadedMibFolder() : m_mibs("MIBS", "Printer-MIB")
     Collect(get_tree_head());
     for (int id = 0; const module* known = find_module(id); ++id) {
         m_found.emplace(known->name, known->file);
-        if (known->no_imports != -1) // -1: nobody asked for it
+        if (known->no_imports != -1) { // -1: nobody asked for it
             m_read.emplace(known->name);
+        }
     }
-    for (int index = 0; const char* name = get_tc_descriptor(index); ++index)
+    for (int index = 0; const char* name = get_tc_descriptor(index); ++index) {
         m_conventions.emplace_back(name);
+    }
 }
 
 LoadedMibFolder::~LoadedMibFolder()

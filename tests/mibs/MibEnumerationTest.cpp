@@ -34,8 +34,9 @@ TEST_P(MibEnumerationTest, ValueHasItsLabel)
     ASSERT_NE(node, nullptr);
     std::string label;
     for (const enum_list* item = node->enums; item != nullptr; item = item->next) {
-        if (item->value == GetParam().value)
+        if (item->value == GetParam().value) {
             label += item->label;
+        }
     }
     EXPECT_EQ(label, GetParam().label);
 }

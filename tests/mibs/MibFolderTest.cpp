@@ -30,8 +30,9 @@ std::map<std::string, std::string> Texts()
 {
     std::map<std::string, std::string> texts;
     for (const auto& entry : std::filesystem::directory_iterator(SNMPDISCOVERY_MIBS_DIR)) {
-        if (entry.path().extension() != ".txt")
+        if (entry.path().extension() != ".txt") {
             continue;
+        }
         std::ostringstream text;
         text << std::ifstream(entry.path()).rdbuf();
         texts.emplace(entry.path().stem().string(), text.str());
@@ -68,8 +69,9 @@ TEST(MibFolderTest, PrinterMibLeadsToAllThatDefineNames)
 TEST(MibFolderTest, EveryModuleComesFromTheFolder)
 {
     const std::filesystem::path folder = SNMPDISCOVERY_MIBS_DIR;
-    for (const auto& [name, file] : LoadedMibFolder::Get().Found())
+    for (const auto& [name, file] : LoadedMibFolder::Get().Found()) {
         EXPECT_TRUE(std::filesystem::equivalent(file, folder / (name + ".txt"))) << file;
+    }
 }
 
 // Net-SNMP's warnings always name the macros that it skips, as they do with the published modules.
@@ -107,8 +109,9 @@ TEST(MibFolderTest, Holds522Nodes)
 {
     EXPECT_EQ(LoadedMibFolder::Get().Nodes().size(), 522U);
     std::map<std::string, int> nodes;
-    for (const tree* node : LoadedMibFolder::Get().Nodes())
+    for (const tree* node : LoadedMibFolder::Get().Nodes()) {
         ++nodes[LoadedMibFolder::ModuleOf(*node)];
+    }
     const std::map<std::string, int> expected = {
         {"", 3}, // ccitt, iso and joint-iso-ccitt
         {"HOST-RESOURCES-MIB", 104},
@@ -126,8 +129,9 @@ TEST(MibFolderTest, Holds522Nodes)
 TEST(MibFolderTest, LabelsAreUnique)
 {
     std::map<std::string, int> uses;
-    for (const tree* node : LoadedMibFolder::Get().Nodes())
+    for (const tree* node : LoadedMibFolder::Get().Nodes()) {
         EXPECT_EQ(++uses[node->label], 1) << node->label;
+    }
 }
 
 TEST(MibFolderTest, EveryObjectHasADescriptionOfItsOwn)
@@ -135,8 +139,9 @@ TEST(MibFolderTest, EveryObjectHasADescriptionOfItsOwn)
     std::map<std::pair<std::string, std::string>, std::string> owners;
     int objects = 0;
     for (const tree* node : LoadedMibFolder::Get().Nodes()) {
-        if (node->access == 0) // only an OBJECT-TYPE has an access
+        if (node->access == 0) { // only an OBJECT-TYPE has an access
             continue;
+        }
         ++objects;
         const std::string description = node->description == nullptr ? "" : node->description;
         EXPECT_NE(description.find_first_not_of(" \n\t\""), std::string::npos) << node->label;
@@ -149,8 +154,9 @@ TEST(MibFolderTest, EveryObjectHasADescriptionOfItsOwn)
 
 TEST(MibFolderTest, EveryModuleIsNamedLikeItsFile)
 {
-    for (const auto& [name, text] : Texts())
+    for (const auto& [name, text] : Texts()) {
         EXPECT_THAT(text, HasSubstr("\n" + name + " DEFINITIONS ::= BEGIN\n"));
+    }
 }
 
 TEST(MibFolderTest, FilesArePlainAsciiInShortLines)

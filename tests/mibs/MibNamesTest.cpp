@@ -16,8 +16,9 @@ namespace {
 std::string Dotted(const oid* subidentifiers, size_t length)
 {
     std::ostringstream text;
-    for (size_t i = 0; i < length; ++i)
+    for (size_t i = 0; i < length; ++i) {
         text << (i == 0 ? "" : ".") << subidentifiers[i];
+    }
     return text.str();
 }
 
@@ -26,8 +27,9 @@ std::string Resolve(const std::string& name)
 {
     std::array<oid, MAX_OID_LEN> subidentifiers{};
     size_t length = subidentifiers.size();
-    if (snmp_parse_oid(name.c_str(), subidentifiers.data(), &length) == nullptr)
+    if (snmp_parse_oid(name.c_str(), subidentifiers.data(), &length) == nullptr) {
         return "";
+    }
     return Dotted(subidentifiers.data(), length);
 }
 
@@ -160,8 +162,9 @@ const NamedNode s_nodes[] = {
 INSTANTIATE_TEST_SUITE_P(WellKnown, MibNamesTest, ::testing::ValuesIn(s_nodes),
                          [](const auto& row) {
                              std::string name = row.param.label;
-                             for (char& c : name)
+                             for (char& c : name) {
                                  c = c == '-' ? '_' : c;
+                             }
                              return name;
                          });
 

@@ -40,25 +40,28 @@ std::string Convention(const tree& node)
 std::string Ranges(const tree& node)
 {
     std::ostringstream text;
-    for (const range_list* range = node.ranges; range != nullptr; range = range->next)
+    for (const range_list* range = node.ranges; range != nullptr; range = range->next) {
         text << (range == node.ranges ? "" : "|") << range->low << ".." << range->high;
+    }
     return text.str();
 }
 
 std::string Indexes(const tree& node)
 {
     std::ostringstream text;
-    for (const index_list* index = node.indexes; index != nullptr; index = index->next)
+    for (const index_list* index = node.indexes; index != nullptr; index = index->next) {
         text << (index == node.indexes ? "" : " ") << (index->isimplied != 0 ? "IMPLIED " : "")
              << index->ilabel;
+    }
     return text.str();
 }
 
 std::string Payload(const tree& node)
 {
     std::ostringstream text;
-    for (const varbind_list* object = node.varbinds; object != nullptr; object = object->next)
+    for (const varbind_list* object = node.varbinds; object != nullptr; object = object->next) {
         text << (object == node.varbinds ? "" : " ") << object->vblabel;
+    }
     return text.str();
 }
 
@@ -241,8 +244,9 @@ const Property s_properties[] = {
 INSTANTIATE_TEST_SUITE_P(WellKnown, MibPropertyTest, ::testing::ValuesIn(s_properties),
                          [](const auto& row) {
                              std::string name = std::string(row.param.node) + "_" + row.param.name;
-                             for (char& c : name)
+                             for (char& c : name) {
                                  c = c == '-' ? '_' : c;
+                             }
                              return name;
                          });
 

@@ -43,8 +43,9 @@ bool FailingNew::supported() noexcept
 void* operator new(std::size_t size)
 {
     void* const memory = fails ? nullptr : std::malloc(size);
-    if (memory == nullptr)
+    if (memory == nullptr) {
         throw std::bad_alloc();
+    }
     return memory;
 }
 

@@ -29,8 +29,9 @@ protected:
 
     void SetUp() override
     {
-        if (GetParam().held != 0)
+        if (GetParam().held != 0) {
             m_target = OID(m_ids + 1, 1, GetParam().held);
+        }
     }
     void expectReplaced(const Allocations& watch) const
     {

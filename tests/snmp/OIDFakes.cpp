@@ -49,8 +49,9 @@ void* Allocations::allocate(std::size_t bytes)
 {
     EXPECT_EQ(bytes % sizeof(oid), 0U) << "not a whole number of sub-identifiers";
     m_counts.push_back(bytes / sizeof(oid));
-    if (m_counts.size() == m_refused)
+    if (m_counts.size() == m_refused) {
         return nullptr;
+    }
     void* const array = real<decltype(netsnmp_malloc)>("netsnmp_malloc")(bytes);
     m_arrays.push_back(array);
     return array;
@@ -79,10 +80,11 @@ void* netsnmp_malloc(size_t size)
 
 void netsnmp_free(void* ptr)
 {
-    if (OIDFakes::watching != nullptr)
+    if (OIDFakes::watching != nullptr) {
         OIDFakes::watching->release(ptr);
-    else
+    } else {
         real<decltype(netsnmp_free)>("netsnmp_free")(ptr);
+    }
 }
 
 oid* snmp_parse_oid(const char* text, oid* ids, size_t* count)

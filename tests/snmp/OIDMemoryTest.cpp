@@ -98,8 +98,9 @@ class WithoutMemoryForAText : public testing::Test
 protected:
     void SetUp() override
     {
-        if (!FailingNew::supported())
+        if (!FailingNew::supported()) {
             GTEST_SKIP() << "operator new cannot be replaced beside this sanitizer";
+        }
     }
 };
 
@@ -149,8 +150,9 @@ protected:
             text = m_id.toValue(var);
         }
         EXPECT_EQ(text, "");
-        for (const int which : {NETSNMP_DS_LIB_QUICK_PRINT, NETSNMP_DS_LIB_NUMERIC_TIMETICKS})
+        for (const int which : {NETSNMP_DS_LIB_QUICK_PRINT, NETSNMP_DS_LIB_NUMERIC_TIMETICKS}) {
             EXPECT_EQ(netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, which), 0) << which;
+        }
         EXPECT_FALSE(lockIsHeld());
     }
 

@@ -16,8 +16,9 @@ namespace {
 std::string dottedName(std::size_t count)
 {
     std::string text = "1";
-    for (std::size_t i = 1; i < count; ++i)
+    for (std::size_t i = 1; i < count; ++i) {
         text += ".3";
+    }
     return text;
 }
 

@@ -37,8 +37,9 @@ inline bool lockIsHeld()
     bool held = true;
     std::thread([&held] {
         held = !UVARNETSNMP::OID::s_mutex.tryLock();
-        if (!held)
+        if (!held) {
             UVARNETSNMP::OID::s_mutex.unlock();
+        }
     }).join();
     return held;
 }

@@ -179,8 +179,9 @@ TEST(OIDLock, KeepsThreadsApartWhilePrinting)
             }
         });
     }
-    for (std::thread& thread : running)
+    for (std::thread& thread : running) {
         thread.join();
+    }
     EXPECT_EQ(prints, threads * rounds * 2);
 }
 

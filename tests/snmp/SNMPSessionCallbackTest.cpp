@@ -12,7 +12,7 @@ namespace {
 
 using UVARNETSNMP::SNMPSession;
 
-constexpr int kRequestID = 4711;
+constexpr int requestID = 4711;
 
 /// What the caller's function was given, in order.
 struct Received
@@ -62,7 +62,7 @@ TEST_F(SNMPSessionCallback, WhatTheCallbackDelivers)
         bool cloned;
     };
     const int received = NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE;
-    const int id = kRequestID;
+    const int id = requestID;
     const Case cases[] = {
         {"an answer", received, id, true, true, true, false, true, true},
         {"no context", received, id, true, false, true, false, false, false},
@@ -82,7 +82,7 @@ TEST_F(SNMPSessionCallback, WhatTheCallbackDelivers)
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
-        OpenBook::RequestContext context = {&m_session, kRequestID,
+        OpenBook::RequestContext context = {&m_session, requestID,
                                             row.hasCallback ? &Receive : nullptr, &m_userData};
         snmp_pdu* const pdu = m_fake.MakePDU("answer", SNMP_MSG_RESPONSE);
         pdu->errstat = SNMP_ERR_NOSUCHNAME;
@@ -112,12 +112,12 @@ TEST_F(SNMPSessionCallback, WhatTheCallbackDelivers)
 
 TEST_F(SNMPSessionCallback, TheCallbackLooksAtTheRequestIDAndNotAtTheTypeOrTheSender)
 {
-    OpenBook::RequestContext context = {&m_session, kRequestID, &Receive, nullptr};
+    OpenBook::RequestContext context = {&m_session, requestID, &Receive, nullptr};
     const int commands[] = {SNMP_MSG_RESPONSE, SNMP_MSG_GET, SNMP_MSG_TRAP2, SNMP_MSG_REPORT};
     for (const int command : commands) {
         snmp_pdu* const pdu = m_fake.MakePDU("answer", command);
 
-        SNMPSession::Callback(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, nullptr, kRequestID, pdu,
+        SNMPSession::Callback(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, nullptr, requestID, pdu,
                               &context);
 
         EXPECT_EQ(s_received.back().response->command, command);

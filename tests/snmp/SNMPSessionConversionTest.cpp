@@ -31,7 +31,7 @@ struct EngineIDCase
     std::optional<std::string> octets; ///< in hexadecimal; none: refused
 };
 
-const EngineIDCase kEngineIDs[] = {
+const EngineIDCase engineIDs[] = {
     {"empty", "", std::nullopt},
     {"4 octets", "80000000", std::nullopt},
     {"5 octets", "8000000001", "8000000001"},
@@ -74,7 +74,7 @@ protected:
 
 TEST_F(SNMPSessionConversion, EngineIDTexts)
 {
-    for (const EngineIDCase& row : kEngineIDs) {
+    for (const EngineIDCase& row : engineIDs) {
         SCOPED_TRACE(row.name);
         unsigned char untouched = 0;
         unsigned char* engineID = &untouched;
@@ -105,7 +105,7 @@ TEST_F(SNMPSessionConversion, MakeEngineIDWithoutAPlaceForItsResult)
 
 TEST_F(SNMPSessionConversion, EngineIDsOfASession)
 {
-    for (const EngineIDCase& row : kEngineIDs) {
+    for (const EngineIDCase& row : engineIDs) {
         SCOPED_TRACE(row.name);
         const FakeNetSNMP::Template security = Opened(Texts{{"securityengid", row.text}});
         EXPECT_EQ(security.raw.securityEngineIDLen, row.octets.value_or("").size() / 2);

@@ -18,7 +18,7 @@ using UVARNETSNMP::SNMPSession;
 
 using Operation = snmp_pdu* (SNMPSession::*) (const OID&);
 
-constexpr const char* kName = "1.3.6.1.2.1.1.3.0";
+constexpr const char* sysUpTime = "1.3.6.1.2.1.1.3.0";
 
 class SNMPSessionExchange : public ::testing::Test
 {
@@ -39,7 +39,7 @@ struct OperationCase
 };
 
 // With the non-repeaters that snmp_pdu_create presets, no GETBULK is ever sent.
-const OperationCase kOperations[] = {
+const OperationCase operations[] = {
     {"Get, SNMPv1", &SNMPSession::Get, SNMP_VERSION_1, SNMP_MSG_GET},
     {"Get, SNMPv2c", &SNMPSession::Get, SNMP_VERSION_2c, SNMP_MSG_GET},
     {"Get, SNMPv3", &SNMPSession::Get, SNMP_VERSION_3, SNMP_MSG_GET},
@@ -52,7 +52,7 @@ const OperationCase kOperations[] = {
 
 TEST_F(SNMPSessionExchange, EveryRequestCarriesErrorIndexTenAndOneNull)
 {
-    for (const OperationCase& row : kOperations) {
+    for (const OperationCase& row : operations) {
         SCOPED_TRACE(row.name);
         OpenBook session(row.version, "public", "192.0.2.7", false);
         m_fake.sent.clear();
@@ -66,7 +66,7 @@ TEST_F(SNMPSessionExchange, EveryRequestCarriesErrorIndexTenAndOneNull)
         EXPECT_EQ(m_fake.sent[0].errorStatus, 0);
         EXPECT_EQ(m_fake.sent[0].errorIndex, 10);
         EXPECT_THAT(m_fake.sent[0].bindings,
-                    ElementsAre(std::string(kName) + " " + std::to_string(ASN_NULL)));
+                    ElementsAre(std::string(sysUpTime) + " " + std::to_string(ASN_NULL)));
         session.ReleasePDU(response);
         m_fake.ForgetCalls();
     }

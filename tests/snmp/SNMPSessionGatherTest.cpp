@@ -17,8 +17,8 @@ using ::testing::IsEmpty;
 using UVARNETSNMP::OID;
 using UVARNETSNMP::SNMPSession;
 
-constexpr int kRequestID = 4711;
-constexpr Poco::Timespan::TimeDiff kTurn = 5000; // microseconds
+constexpr int requestID = 4711;
+constexpr Poco::Timespan::TimeDiff turn = 5000; // microseconds
 
 /// What the caller's function was given, in order.
 struct Received
@@ -52,9 +52,9 @@ protected:
         return *static_cast<OpenBook::RequestContext*>(m_fake.live.callback_magic);
     }
 
-    const std::vector<std::string> kSending = {"snmp_pdu_create(160)",
-                                               "snmp_add_null_var(request1, 1.3.6.1.2.1.1.3.0)",
-                                               "snmp_sess_send(request1)"};
+    const std::vector<std::string> sending = {"snmp_pdu_create(160)",
+                                              "snmp_add_null_var(request1, 1.3.6.1.2.1.1.3.0)",
+                                              "snmp_sess_send(request1)"};
 
     /// The calls of one turn of the wait, the last one given.
     static std::vector<std::string> Turn(const std::string& served)
@@ -83,7 +83,7 @@ TEST_F(SNMPSessionGather, TheRequestIsAGetWithErrorIndexTen)
 {
     EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(0)));
 
-    EXPECT_EQ(m_fake.TakeCalls(), kSending);
+    EXPECT_EQ(m_fake.TakeCalls(), sending);
     ASSERT_EQ(m_fake.sent.size(), 1U);
     EXPECT_EQ(m_fake.sent[0].command, SNMP_MSG_GET);
     EXPECT_EQ(m_fake.sent[0].errorStatus, 0);
@@ -97,7 +97,7 @@ TEST_F(SNMPSessionGather, ATimeoutOfZeroOrLessSendsAndReturns)
     for (const Poco::Timespan::TimeDiff timeout : {0, -1, -5000000}) {
         m_fake.created = 0;
         EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(timeout)));
-        EXPECT_EQ(m_fake.TakeCalls(), kSending) << timeout;
+        EXPECT_EQ(m_fake.TakeCalls(), sending) << timeout;
         EXPECT_NE(m_fake.Outstanding(), nullptr);
         m_fake.DropOutstanding();
     }
@@ -112,15 +112,15 @@ TEST_F(SNMPSessionGather, TheCallbackIsSetBeforeTheRequestIsSent)
         EXPECT_EQ(Context().reqid, 0) << "not sent yet";
         EXPECT_EQ(Context().callback, &Receive);
         EXPECT_EQ(Context().userData, &m_userData);
-        return kRequestID;
+        return requestID;
     };
     m_fake.onSelect = [this] {
-        EXPECT_EQ(Context().reqid, kRequestID);
-        m_fake.now += kTurn;
+        EXPECT_EQ(Context().reqid, requestID);
+        m_fake.now += turn;
         return 0;
     };
 
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(kTurn)));
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(turn)));
 
     EXPECT_EQ(m_fake.live.callback, &SNMPSession::Callback) << "left in place";
     EXPECT_NE(m_fake.live.callback_magic, nullptr) << "left in place";
@@ -131,7 +131,7 @@ TEST_F(SNMPSessionGather, TheResponseFlagOfTheSentRequestIsCleared)
 {
     m_fake.onSend = [](snmp_pdu& request) {
         request.flags |= UCD_MSG_FLAG_RESPONSE_PDU | UCD_MSG_FLAG_EXPECT_RESPONSE;
-        return kRequestID;
+        return requestID;
     };
 
     EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(0)));
@@ -156,7 +156,7 @@ TEST_F(SNMPSessionGather, ARequestThatCannotBeSentIsReleased)
 
     EXPECT_FALSE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
 
-    EXPECT_EQ(m_fake.TakeCalls(), Joined({kSending, {"snmp_free_pdu(request1)"}}));
+    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, {"snmp_free_pdu(request1)"}}));
 }
 
 TEST_F(SNMPSessionGather, ANullCallbackSendsNothing)
@@ -199,14 +199,14 @@ TEST_F(SNMPSessionGather, EveryTurnStartsAfreshAndServesTheSession)
         SCOPED_TRACE(row.name);
         m_fake.created = 0;
         m_fake.onSelect = [this, &row] {
-            m_fake.now += kTurn;
+            m_fake.now += turn;
             errno = row.error;
             return row.result;
         };
 
-        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * kTurn)));
+        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
 
-        EXPECT_EQ(m_fake.TakeCalls(), Joined({kSending, Turn(row.served), Turn(row.served)}));
+        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn(row.served), Turn(row.served)}));
         m_fake.DropOutstanding();
     }
 }
@@ -218,7 +218,7 @@ TEST_F(SNMPSessionGather, ADueResendShortensTheTurn)
     EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(1200)));
 
     EXPECT_EQ(m_fake.TakeCalls(),
-              Joined({kSending,
+              Joined({sending,
                       {"snmp_sess_select_info(0, {}, 0.005000, 0)",
                        "select(8, {7}, null, null, 0.001200)", "snmp_sess_timeout"}}));
 }
@@ -227,15 +227,15 @@ TEST_F(SNMPSessionGather, AClosedStreamIsLeftAloneUntilTheTimeIsOver)
 {
     m_fake.onRead = [this] { m_fake.descriptor = -1; };
     m_fake.onSelect = [this] {
-        m_fake.now += kTurn;
+        m_fake.now += turn;
         return 1;
     };
 
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * kTurn)));
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
 
     const std::string waiting = "select(0, null, null, null, 0.005000)";
     EXPECT_EQ(m_fake.TakeCalls(),
-              Joined({kSending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
+              Joined({sending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
 }
 
 TEST_F(SNMPSessionGather, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
@@ -248,15 +248,15 @@ TEST_F(SNMPSessionGather, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
     };
     const Case cases[] = {
         {"one microsecond", 1, 1},
-        {"just less than a turn", kTurn - 1, 1},
-        {"a turn", kTurn, 1},
-        {"just more than a turn", kTurn + 1, 2},
+        {"just less than a turn", turn - 1, 1},
+        {"a turn", turn, 1},
+        {"just more than a turn", turn + 1, 2},
         {"five seconds", 5000000, 1000},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(row.timeout)));
-        EXPECT_EQ(m_fake.TakeCalls().size(), kSending.size() + 3 * row.turns);
+        EXPECT_EQ(m_fake.TakeCalls().size(), sending.size() + 3 * row.turns);
         m_fake.DropOutstanding();
     }
 }
@@ -264,13 +264,13 @@ TEST_F(SNMPSessionGather, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
 TEST_F(SNMPSessionGather, TheTimeThatSendingTakesCounts)
 {
     m_fake.onSend = [this](snmp_pdu&) {
-        m_fake.now += 2 * kTurn;
-        return kRequestID;
+        m_fake.now += 2 * turn;
+        return requestID;
     };
 
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * kTurn)));
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
 
-    EXPECT_EQ(m_fake.TakeCalls(), Joined({kSending, Turn("snmp_sess_timeout")}))
+    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn("snmp_sess_timeout")}))
         << "one turn always: the remaining time is computed after it";
 }
 
@@ -278,14 +278,14 @@ TEST_F(SNMPSessionGather, AnEarlyAnswerDoesNotEndTheWait)
 {
     snmp_pdu* const answer = m_fake.MakePDU("answer", SNMP_MSG_RESPONSE);
     m_fake.onSelect = [this] {
-        m_fake.now += kTurn;
+        m_fake.now += turn;
         return 1;
     };
     m_fake.onRead = [&] {
-        EXPECT_EQ(m_fake.Deliver(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, kRequestID, answer), 0);
+        EXPECT_EQ(m_fake.Deliver(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, requestID, answer), 0);
     };
 
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * kTurn)));
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
 
     ASSERT_EQ(s_received.size(), 3U) << "one in each turn";
     EXPECT_NE(s_received[0].response, s_received[1].response);
@@ -313,7 +313,7 @@ TEST_F(SNMPSessionGather, AnotherGetReplacesTheContext)
     m_fake.onSend = [&](snmp_pdu&) {
         EXPECT_EQ(Context().userData, &other);
         EXPECT_EQ(Context().reqid, 0);
-        return kRequestID + 1;
+        return requestID + 1;
     };
 
     EXPECT_TRUE(m_session.Get(m_oid, &Receive, &other, Poco::Timespan(0)));

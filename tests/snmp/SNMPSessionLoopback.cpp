@@ -34,7 +34,7 @@ private:
     std::unique_ptr<EnvironmentGuard> m_mibs;
 };
 
-[[maybe_unused]] const ::testing::Environment* const kLibrary =
+[[maybe_unused]] const ::testing::Environment* const library =
     ::testing::AddGlobalTestEnvironment(new Library);
 
 } // namespace

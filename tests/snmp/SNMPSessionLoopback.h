@@ -45,7 +45,7 @@ void Gather(UVARNETSNMP::SNMPSession& session, void* userData, snmp_pdu* respons
 void Answer(const LoopbackAgent& agent, const std::string& request, size_t number);
 
 /// Much longer than an answer on the loopback interface takes.
-const Poco::Timespan kShort(0, 400000);
+const Poco::Timespan shortGathering(0, 400000);
 
 class SNMPSessionLoopback : public ::testing::Test
 {

@@ -50,7 +50,7 @@ TEST_F(SNMPSessionLoopback, ThreeAgentsThatAnswerABroadcast)
     });
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_EQ(m_gathered.session, &session);
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(1, 2, 3));
@@ -75,7 +75,7 @@ TEST_F(SNMPSessionLoopback, AnAnswerFromAnotherAddress)
     });
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(2));
 }
@@ -90,7 +90,7 @@ TEST_F(SNMPSessionLoopback, AnAnswerToAnotherRequestIsIgnored)
     });
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(2));
 }
@@ -109,7 +109,7 @@ TEST_F(SNMPSessionLoopback, AnAnswerThatComesAfterItsGetIsIgnored)
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
     EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, Poco::Timespan(0)));
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(2));
 }
@@ -124,7 +124,7 @@ TEST_F(SNMPSessionLoopback, WhatIsNotAnSNMPMessageIsIgnored)
     });
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(1));
 }
@@ -133,7 +133,7 @@ TEST_F(SNMPSessionLoopback, AnyPDUWithTheRequestIDReachesTheCallback)
 {
     LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t) {
         self.Reply(request);
-        for (const unsigned char type : {Wire::kGetNext, Wire::kResponse}) {
+        for (const unsigned char type : {Wire::getNext, Wire::response}) {
             Wire::Message message = Wire::Decode(request);
             message.type = type;
             message.errorStatus = SNMP_ERR_GENERR;
@@ -142,7 +142,7 @@ TEST_F(SNMPSessionLoopback, AnyPDUWithTheRequestIDReachesTheCallback)
     });
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     ASSERT_EQ(m_gathered.responses.size(), 3U);
     EXPECT_EQ(m_gathered.responses[0]->command, SNMP_MSG_GET);
@@ -157,7 +157,7 @@ TEST_F(SNMPSessionLoopback, TheWholeTimeoutPassesHoweverEarlyTheAnswer)
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
     const auto start = std::chrono::steady_clock::now();
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     // The end is the system clock's, a coarse match for the steady one that is measured with.
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(390));
@@ -182,7 +182,7 @@ TEST_F(SNMPSessionLoopback, WithoutAnAnswerTheAsynchronousGetIsStillTrue)
     LoopbackAgent agent;
     Session session(SNMP_VERSION_1, "public", agent.Host(), true);
 
-    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
     EXPECT_EQ(agent.Stop().size(), 1U) << "no resend yet";
     EXPECT_THAT(m_gathered.responses, IsEmpty());
@@ -234,8 +234,10 @@ TEST_F(SNMPSessionLoopback, AStreamThatItsPeerCloses)
         ASSERT_NE(session.m_sessionPtr, nullptr);
         close(accept(listener, nullptr, nullptr));
 
-        EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, kShort)) << "sent, not answered";
-        EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, kShort)) << "no stream any more";
+        EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering))
+            << "sent, not answered";
+        EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, shortGathering))
+            << "no stream any more";
         EXPECT_EQ(session.Get(m_oid), nullptr);
     }
     close(listener);
@@ -251,7 +253,7 @@ TEST_F(SNMPSessionLoopback, SessionsOfSeveralThreads)
         threads.emplace_back([this, &own] {
             LoopbackAgent agent(&Answer);
             Session session(SNMP_VERSION_1, "public", agent.Host(), true);
-            session.Get(m_oid, &Gather, &own, kShort);
+            session.Get(m_oid, &Gather, &own, shortGathering);
         });
     }
     for (std::thread& thread : threads) {

@@ -22,21 +22,21 @@ using Bytes = std::map<std::string, ByteString>;
 // The object identifiers of the protocols (RFC 3414, 6 to 8; RFC 3826, 3.1). One that Net-SNMP was
 // built without is unknown.
 #ifdef NETSNMP_DISABLE_MD5
-const std::vector<oid> kMD5;
+const std::vector<oid> md5Protocol;
 #else
-const std::vector<oid> kMD5 = {1, 3, 6, 1, 6, 3, 10, 1, 1, 2};
+const std::vector<oid> md5Protocol = {1, 3, 6, 1, 6, 3, 10, 1, 1, 2};
 #endif
 #ifdef NETSNMP_DISABLE_DES
-const std::vector<oid> kDES;
+const std::vector<oid> desProtocol;
 #else
-const std::vector<oid> kDES = {1, 3, 6, 1, 6, 3, 10, 1, 2, 2};
+const std::vector<oid> desProtocol = {1, 3, 6, 1, 6, 3, 10, 1, 2, 2};
 #endif
-const std::vector<oid> kSHA = {1, 3, 6, 1, 6, 3, 10, 1, 1, 3};
-const std::vector<oid> kAES = {1, 3, 6, 1, 6, 3, 10, 1, 2, 4};
+const std::vector<oid> shaProtocol = {1, 3, 6, 1, 6, 3, 10, 1, 1, 3};
+const std::vector<oid> aesProtocol = {1, 3, 6, 1, 6, 3, 10, 1, 2, 4};
 
 // RFC 3414, A.3: the keys of the pass phrase "maplesyrup".
-constexpr const char* kMaplesyrupMD5 = "9faf3283884e92834ebc9847d8edd963";
-constexpr const char* kMaplesyrupSHA = "9fb5cc0381497b3793528939ff788d5d79145211";
+constexpr const char* maplesyrupMD5 = "9faf3283884e92834ebc9847d8edd963";
+constexpr const char* maplesyrupSHA = "9fb5cc0381497b3793528939ff788d5d79145211";
 
 ByteString Octets(const std::string& text)
 {
@@ -90,7 +90,7 @@ TEST_F(SNMPSessionSecurity, EveryStepOfAFullSessionInOrder)
         "snmp_sess_open",
         "snmp_sess_session",
     };
-    if (kDES.empty()) {
+    if (desProtocol.empty()) {
         expected.erase(expected.begin() + 4);
     }
     EXPECT_EQ(m_fake.TakeCalls(), expected);
@@ -100,7 +100,7 @@ TEST_F(SNMPSessionSecurity, EveryStepOfAFullSessionInOrder)
     EXPECT_EQ(opened.raw.securityLevel, SNMP_SEC_LEVEL_AUTHPRIV);
     EXPECT_EQ(FakeNetSNMP::Hex(opened.securityEngineID.value()), "8000000001");
     EXPECT_EQ(FakeNetSNMP::Hex(opened.contextEngineID.value()), "8000000002");
-    EXPECT_EQ(FakeNetSNMP::Hex(opened.authKey), kMaplesyrupSHA);
+    EXPECT_EQ(FakeNetSNMP::Hex(opened.authKey), maplesyrupSHA);
     EXPECT_EQ(opened.privKey.size(), 20U);
     EXPECT_EQ(opened.community, "public");
 
@@ -123,8 +123,8 @@ TEST_F(SNMPSessionSecurity, AuthenticationProtocols)
         std::vector<oid> protocol;
     };
     const Case cases[] = {
-        {"MD5", kMD5}, {"SHA", kSHA},   {"md5", {}}, {"sha", {}}, {"Sha", {}},
-        {"SHA1", {}},  {"SHA-256", {}}, {"SH", {}},  {"", {}},
+        {"MD5", md5Protocol}, {"SHA", shaProtocol}, {"md5", {}}, {"sha", {}}, {"Sha", {}},
+        {"SHA1", {}},         {"SHA-256", {}},      {"SH", {}},  {"", {}},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.text);
@@ -144,7 +144,7 @@ TEST_F(SNMPSessionSecurity, PrivacyProtocols)
         std::vector<oid> protocol;
     };
     const Case cases[] = {
-        {"DES", kDES}, {"des", {}}, {"aes", {}}, {"AES128", {}}, {"3DES", {}}, {"", {}},
+        {"DES", desProtocol}, {"des", {}}, {"aes", {}}, {"AES128", {}}, {"3DES", {}}, {"", {}},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.text);
@@ -168,7 +168,8 @@ TEST_F(SNMPSessionSecurity, AESPointsAtNetSNMPsOwnArrayAndGivesItNoLength)
     EXPECT_EQ(m_fake.opened[0].raw.securityPrivProto, own);
     EXPECT_EQ(m_fake.opened[0].raw.securityPrivProtoLen, 0U);
     EXPECT_EQ(session.m_session.securityPrivProto, nullptr);
-    EXPECT_EQ(std::vector<oid>(own, own + kAES.size()), kAES) << "not freed with the copies";
+    EXPECT_EQ(std::vector<oid>(own, own + aesProtocol.size()), aesProtocol)
+        << "not freed with the copies";
 }
 
 TEST_F(SNMPSessionSecurity, PassPhrasesBecomeKeysByTheAuthenticationProtocol)
@@ -181,9 +182,9 @@ TEST_F(SNMPSessionSecurity, PassPhrasesBecomeKeysByTheAuthenticationProtocol)
     };
     const Case cases[] = {
 #ifndef NETSNMP_DISABLE_MD5
-        {"MD5", "MD5", kMaplesyrupMD5},
+        {"MD5", "MD5", maplesyrupMD5},
 #endif
-        {"SHA", "SHA", kMaplesyrupSHA},
+        {"SHA", "SHA", maplesyrupSHA},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);

@@ -31,12 +31,12 @@ TEST_F(SNMPSessionLoopback, TheOctetsOfEverySynchronousRequest)
         unsigned char type;
     };
     const Case cases[] = {
-        {"Get, SNMPv1", &SNMPSession::Get, SNMP_VERSION_1, Wire::kGet},
-        {"Get, SNMPv2c", &SNMPSession::Get, SNMP_VERSION_2c, Wire::kGet},
-        {"GetNext, SNMPv1", &SNMPSession::GetNext, SNMP_VERSION_1, Wire::kGetNext},
-        {"GetNext, SNMPv2c", &SNMPSession::GetNext, SNMP_VERSION_2c, Wire::kGetNext},
-        {"GetBulk, SNMPv1", &SNMPSession::GetBulk, SNMP_VERSION_1, Wire::kGetNext},
-        {"GetBulk, SNMPv2c", &SNMPSession::GetBulk, SNMP_VERSION_2c, Wire::kGetNext},
+        {"Get, SNMPv1", &SNMPSession::Get, SNMP_VERSION_1, Wire::get},
+        {"Get, SNMPv2c", &SNMPSession::Get, SNMP_VERSION_2c, Wire::get},
+        {"GetNext, SNMPv1", &SNMPSession::GetNext, SNMP_VERSION_1, Wire::getNext},
+        {"GetNext, SNMPv2c", &SNMPSession::GetNext, SNMP_VERSION_2c, Wire::getNext},
+        {"GetBulk, SNMPv1", &SNMPSession::GetBulk, SNMP_VERSION_1, Wire::getNext},
+        {"GetBulk, SNMPv2c", &SNMPSession::GetBulk, SNMP_VERSION_2c, Wire::getNext},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
@@ -68,7 +68,7 @@ TEST_F(SNMPSessionLoopback, TheOctetsOfTheAsynchronousGet)
 
     ASSERT_EQ(agent.Stop().size(), 1U);
     const std::string& sent = agent.Stop()[0];
-    EXPECT_EQ(sent, Wire::Encode({0, "public", Wire::kGet, Wire::Decode(sent).requestID, 0, 10,
+    EXPECT_EQ(sent, Wire::Encode({0, "public", Wire::get, Wire::Decode(sent).requestID, 0, 10,
                                   Wire::SysUpTimeNull()}));
 }
 
@@ -112,7 +112,7 @@ TEST_F(SNMPSessionLoopback, AResponseWithAnErrorStatusIsReturnedAsItIs)
 {
     LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t) {
         Wire::Message message = Wire::Decode(request);
-        message.type = Wire::kResponse;
+        message.type = Wire::response;
         message.errorStatus = SNMP_ERR_NOSUCHNAME;
         message.errorIndex = 1;
         self.Reply(Wire::Encode(message));
@@ -151,7 +151,7 @@ TEST_F(SNMPSessionLoopback, ASessionThatNetSNMPRefuses)
     EXPECT_EQ(session.m_sessionPtr, nullptr);
     EXPECT_EQ(session.m_sessionHandle, nullptr);
     EXPECT_EQ(session.Get(m_oid), nullptr);
-    EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 }
 
 TEST_F(SNMPSessionLoopback, ARequestThatCannotBeSent)
@@ -164,7 +164,7 @@ TEST_F(SNMPSessionLoopback, ARequestThatCannotBeSent)
                     agent.Host(), false);
 
     EXPECT_EQ(session.Get(m_oid), nullptr);
-    EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, kShort));
+    EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
     EXPECT_THAT(agent.Stop(), IsEmpty());
 }
 

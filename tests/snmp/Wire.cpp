@@ -6,22 +6,22 @@ namespace Wire {
 
 namespace {
 
-constexpr unsigned char kInteger = 0x02;
-constexpr unsigned char kOctetString = 0x04;
-constexpr unsigned char kNull = 0x05;
-constexpr unsigned char kObjectIdentifier = 0x06;
-constexpr unsigned char kSequence = 0x30;
-constexpr unsigned char kTimeTicks = 0x43;
+constexpr unsigned char integer = 0x02;
+constexpr unsigned char octetString = 0x04;
+constexpr unsigned char null = 0x05;
+constexpr unsigned char objectIdentifier = 0x06;
+constexpr unsigned char sequence = 0x30;
+constexpr unsigned char timeTicks = 0x43;
 
 std::string SmallInteger(int value)
 {
-    return Field(kInteger, std::string(1, static_cast<char>(value)));
+    return Field(integer, std::string(1, static_cast<char>(value)));
 }
 
 std::string Binding(const std::string& value)
 {
     const std::string name("\x2b\x06\x01\x02\x01\x01\x03\x00", 8);
-    return Field(kSequence, Field(kObjectIdentifier, name) + value);
+    return Field(sequence, Field(objectIdentifier, name) + value);
 }
 
 /// Takes fields off the front of octets.
@@ -50,7 +50,7 @@ public:
 
     int TakeSmallInteger()
     {
-        const std::string content = Take(kInteger);
+        const std::string content = Take(integer);
         if (content.size() != 1) {
             throw std::runtime_error("not one octet");
         }
@@ -93,47 +93,47 @@ std::string Field(unsigned char tag, const std::string& content)
 
 std::string Encode(const Message& message)
 {
-    const std::string pdu = Field(kInteger, message.requestID) + SmallInteger(message.errorStatus) +
-                            SmallInteger(message.errorIndex) + Field(kSequence, message.bindings);
-    return Field(kSequence, SmallInteger(message.version) + Field(kOctetString, message.community) +
-                                Field(message.type, pdu));
+    const std::string pdu = Field(integer, message.requestID) + SmallInteger(message.errorStatus) +
+                            SmallInteger(message.errorIndex) + Field(sequence, message.bindings);
+    return Field(sequence, SmallInteger(message.version) + Field(octetString, message.community) +
+                               Field(message.type, pdu));
 }
 
 Message Decode(const std::string& octets)
 {
     Reader datagram(octets);
-    Reader fields(datagram.Take(kSequence));
+    Reader fields(datagram.Take(sequence));
     datagram.End();
 
     Message message = {};
     message.version = fields.TakeSmallInteger();
-    message.community = fields.Take(kOctetString);
+    message.community = fields.Take(octetString);
     message.type = fields.NextTag();
     Reader pdu(fields.Take(message.type));
     fields.End();
 
-    message.requestID = pdu.Take(kInteger);
+    message.requestID = pdu.Take(integer);
     message.errorStatus = pdu.TakeSmallInteger();
     message.errorIndex = pdu.TakeSmallInteger();
-    message.bindings = pdu.Take(kSequence);
+    message.bindings = pdu.Take(sequence);
     pdu.End();
     return message;
 }
 
 std::string SysUpTimeNull()
 {
-    return Binding(Field(kNull, ""));
+    return Binding(Field(null, ""));
 }
 
 std::string SysUpTime(unsigned char ticks)
 {
-    return Binding(Field(kTimeTicks, std::string(1, static_cast<char>(ticks))));
+    return Binding(Field(timeTicks, std::string(1, static_cast<char>(ticks))));
 }
 
 std::string Response(const std::string& request, unsigned char ticks)
 {
     Message message = Decode(request);
-    message.type = kResponse;
+    message.type = response;
     message.errorIndex = 0;
     message.bindings = SysUpTime(ticks);
     return Encode(message);

@@ -6,10 +6,10 @@
 /// what the library sends is held against something that is not Net-SNMP.
 namespace Wire {
 
-constexpr unsigned char kGet = 0xa0;
-constexpr unsigned char kGetNext = 0xa1;
-constexpr unsigned char kResponse = 0xa2;
-constexpr unsigned char kTrap2 = 0xa7;
+constexpr unsigned char get = 0xa0;
+constexpr unsigned char getNext = 0xa1;
+constexpr unsigned char response = 0xa2;
+constexpr unsigned char trap2 = 0xa7;
 
 struct Message
 {

@@ -19,8 +19,9 @@ void setVariable(const std::string& name, const std::optional<std::string>& valu
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs, see the header
     const int result = value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
-    if (result != 0)
+    if (result != 0) {
         throw std::system_error(errno, std::generic_category(), name);
+    }
 }
 
 std::optional<std::string> variable(const std::string& name)
@@ -34,8 +35,9 @@ std::filesystem::path makeTemporaryDirectory()
 {
     std::string pattern =
         (std::filesystem::temp_directory_path() / "snmpdiscovery-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
+    if (mkdtemp(pattern.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), pattern);
+    }
     return pattern;
 }
 
@@ -66,8 +68,9 @@ SNMPEnvironment::SNMPEnvironment()
     m_variables.emplace_back("HOME", directory);
     m_variables.emplace_back("SNMPCONFPATH", directory);
     m_variables.emplace_back("SNMP_PERSISTENT_DIR", directory);
-    for (const char* name : {"SNMP_PERSISTENT_FILE", "MIBDIRS", "MIBS", "MIBFILES", "PREFIX"})
+    for (const char* name : {"SNMP_PERSISTENT_FILE", "MIBDIRS", "MIBS", "MIBFILES", "PREFIX"}) {
         m_variables.emplace_back(name, std::nullopt);
+    }
 }
 
 NetSNMPLibrary::NetSNMPLibrary(const std::string& mibDirectory, const std::string& modules)
