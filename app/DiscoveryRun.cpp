@@ -4,6 +4,7 @@
 // the first still listens. A printer that slept through the first request, or whose answer was
 // lost, gets a second chance without the run becoming longer than one more pause.
 
+#include "app/PersistentFolder.h"
 #include "app/SNMPDiscoveryApp.h"
 #include "app/Subnets.h"
 #include "value/Value.h"
@@ -28,21 +29,6 @@ constexpr long pauseAfterPass = 2000; // milliseconds
 /// moment, and what does not fit is lost: a datagram is charged from 768 octets (a small one, on
 /// Linux) to the 2 or 4 kB of the network card's buffer that it came in.
 constexpr int receiveBuffer = 4 * 1024 * 1024;
-
-/// Where Net-SNMP keeps persistent data; `text` is the user's choice, empty for the default below
-/// the temporary directory. Nothing is created here: that is left to Net-SNMP.
-Path persistentDirectory(const std::string& text)
-{
-    Path directory;
-    if (text.empty()) {
-        directory.parseDirectory(Path::temp());
-        directory.pushDirectory("SNMPDiscoveryApp");
-        directory.pushDirectory("snmp-persist");
-    } else {
-        directory.parseDirectory(text);
-    }
-    return directory;
-}
 
 /// The folder "mibs" beside the executable.
 Path mibDirectory(const std::string& executable)
@@ -80,9 +66,10 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         std::vector<NetworkInterface> interfaces = NetworkInterface::list(true, true);
         std::vector<Poco::SharedPtr<SubnetDiscovery>> workers;
 
-        const Path persistent = persistentDirectory(config().getString("SNMPPersistPath", ""));
+        const PersistentFolder persistent(config().getString("SNMPPersistPath", ""));
         const Path mibs = mibDirectory(config().getString("application.path", ""));
-        if (!SNMPSession::Initialize("SNMPDiscovery", persistent.toString(), mibs.toString(),
+        persistent.keepUnread();
+        if (!SNMPSession::Initialize("SNMPDiscovery", persistent.directory(), mibs.toString(),
                                      "Printer-MIB")) {
             return EXIT_USAGE;
         }
@@ -104,6 +91,7 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 
         // No lock: every thread that added a responder has been joined.
         std::cout << document(m_responders).to_json();
+        persistent.keepUnwritten();
     }
 
     SNMPSession::Terminate();

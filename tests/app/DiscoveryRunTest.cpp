@@ -176,6 +176,21 @@ TEST_F(SetUp, HandsOverTheNameTheFoldersAndThePrinterMib)
                                                    "/opt/tool/mibs/", "Printer-MIB"}));
 }
 
+TEST_F(SetUp, HandsOverNoFolderIfOthersCanWriteToTheDefault)
+{
+    const TemporaryDirectory temporary;
+    const EnvironmentGuard temp("TMPDIR", temporary.path().string());
+    const std::filesystem::path parent = temporary.path() / "SNMPDiscoveryApp";
+    std::filesystem::create_directories(parent / "snmp-persist");
+    std::filesystem::permissions(parent, std::filesystem::perms::all);
+    application->initWith({});
+    testing::internal::CaptureStderr();
+    application->run();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing is said about it";
+    ASSERT_EQ(arguments.size(), 4U);
+    EXPECT_EQ(arguments[1], "");
+}
+
 struct Folder
 {
     const char* name;

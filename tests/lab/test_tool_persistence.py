@@ -1,0 +1,137 @@
+"""The default persistent folder lies in a directory where everybody can write. Another user
+who is there first must not get the tool to read his configuration or to write where he
+wants."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+import harness
+from harness import office
+from tool import ToolTest
+
+LASER = {"name": "laser", "addresses": {"office": "192.0.2.9"}}
+
+# The other user: "nobody" nearly everywhere.
+OTHER = 65534
+
+
+def as_other(script, *arguments):
+    """Runs `script` of a shell as the other user."""
+    done = subprocess.run(
+        ["sh", "-euc", script, "sh", *map(str, arguments)],
+        user=OTHER,
+        group=OTHER,
+        extra_groups=(),
+        umask=0,
+        check=False,
+        capture_output=True,
+        timeout=30,
+    )
+    if done.returncode != 0:
+        raise AssertionError(done.stderr)
+
+
+class PersistenceTest(ToolTest):
+    """A temporary directory as /tmp is, and a folder of the user's that nobody else can
+    write to."""
+
+    def setUp(self):
+        super().setUp()
+        if os.geteuid() != 0:
+            harness.skip("two users are needed, and only root can be another one")
+        self.temporary = self.make_directory(0o1777)
+        self.folder = self.temporary / "SNMPDiscoveryApp" / "snmp-persist"
+        self.users = self.make_directory(0o755)
+        self.target = self.users / "target"
+
+    def make_directory(self, mode):
+        name = pathlib.Path(tempfile.mkdtemp(prefix="snmpdiscovery-"))
+        self.addCleanup(shutil.rmtree, name)
+        name.chmod(mode)
+        return name
+
+    def run_tool(self, *arguments):
+        """Runs the tool as root; it finds the agent whatever lies in the folder."""
+        tool = self.tool
+        self.tool = "env"
+        # Net-SNMP's search path is the usual one, whatever the caller's is.
+        outcome = self.discover(
+            office(LASER),
+            *("-u", "SNMPCONFPATH", f"TMPDIR={self.temporary}", str(tool)),
+            *arguments,
+        )
+        self.tool = tool
+        self.assert_found(outcome, "192.0.2.9")
+        return outcome
+
+    def plant_configuration(self):
+        """The other user's configuration names a file that he cannot write himself."""
+        as_other(
+            'mkdir -p "$1"; for name in snmp SNMPDiscovery; do'
+            ' echo "logOption f $2" > "$1/$name.conf"; done',
+            self.folder,
+            self.target,
+        )
+
+    def plant_link(self):
+        """The other user's link lies where the tool's state is saved."""
+        as_other(
+            'mkdir -p "$1"; ln -s "$2" "$1/SNMPDiscovery.conf"',
+            self.folder,
+            self.target,
+        )
+
+
+class Foreign(PersistenceTest):
+    """The other user was first."""
+
+    def test_configuration_is_not_read(self):
+        self.plant_configuration()
+        outcome = self.run_tool()
+        self.assertFalse(self.target.exists())
+        self.assertNotIn(b"SNMPDiscoveryApp", outcome.err)
+
+    def test_link_is_not_followed(self):
+        self.plant_link()
+        self.target.write_text("as it was\n", encoding="ascii")
+        self.run_tool()
+        self.assertEqual(self.target.read_text("ascii"), "as it was\n")
+
+    def test_link_instead_of_the_folder_is_not_followed(self):
+        as_other('ln -s "$2" "$1"', self.folder.parent, self.users)
+        self.run_tool()
+        self.assertEqual(list(self.users.iterdir()), [])
+
+    def test_folder_of_the_user_open_to_others_is_not_used(self):
+        self.folder.mkdir(parents=True)
+        self.folder.parent.chmod(0o777)
+        self.folder.chmod(0o777)
+        self.plant_configuration()
+        self.run_tool()
+        self.assertFalse(self.target.exists())
+
+    def test_the_traps_do_work_where_the_user_walks_into_them(self):
+        # What the other cases look for would be seen: a folder that the user names is
+        # used as it is.
+        self.plant_configuration()
+        self.run_tool(f"--SNMPPersistPath={self.folder}")
+        self.assertTrue(self.target.exists())
+
+
+class Own(PersistenceTest):
+    def test_is_made_closed_to_others_and_keeps_the_state(self):
+        outcome = self.run_tool()
+        for made in (self.folder.parent, self.folder):
+            self.assertEqual(made.stat().st_mode & 0o7777, 0o700)
+            self.assertIn(b"Created directory: " + bytes(made) + b"\n", outcome.err)
+        self.assertEqual(self.boots(), 1)
+        self.run_tool()
+        self.assertEqual(self.boots(), 2)
+
+    def boots(self):
+        """How often Net-SNMP says that its engine was started."""
+        lines = (self.folder / "SNMPDiscovery.conf").read_text("ascii").splitlines()
+        return [int(l.split()[1]) for l in lines if l.startswith("engineBoots ")].pop()
