@@ -1,0 +1,84 @@
+#include "bench/JSONBenchmark.h"
+#include "value/Value.h"
+
+namespace {
+
+struct OurValue
+{
+    using Tree = Value;
+
+    static Value build(const Hosts& hosts)
+    {
+        Value::Array array;
+        array.reserve(hosts.size());
+        for (const std::string& host : hosts) {
+            Value::Hash object;
+            object.emplace("hostname", host);
+            array.emplace_back(std::move(object));
+        }
+        return array;
+    }
+
+    static Value build(const Devices& devices)
+    {
+        Value::Array array;
+        array.reserve(devices.size());
+        for (const Device& device : devices) {
+            array.push_back(build(device));
+        }
+        return array;
+    }
+
+    static Value build(const Device& device)
+    {
+        Value::Hash position;
+        position.emplace("building", device.building);
+        position.emplace("coordinates", arrayOf(std::array{device.latitude, device.longitude}));
+        Value::Array trays;
+        for (const Tray& tray : device.trays) {
+            Value::Hash object;
+            object.emplace("name", tray.name);
+            object.emplace("capacity", tray.capacity);
+            object.emplace("level", tray.level);
+            trays.emplace_back(std::move(object));
+        }
+        Value::Hash object;
+        object.emplace("id", device.id);
+        object.emplace("name", device.name);
+        object.emplace("description", device.description);
+        object.emplace("online", device.online);
+        object.emplace("contact", nullptr);
+        object.emplace("load", device.load);
+        object.emplace("temperature", device.temperature);
+        object.emplace("current", device.current);
+        object.emplace("position", std::move(position));
+        object.emplace("pages", arrayOf(device.pages));
+        object.emplace("trays", std::move(trays));
+        object.emplace("alerts", Value::Array());
+        object.emplace("tags", arrayOf(device.tags));
+        return object;
+    }
+
+    template <typename Range>
+    static Value::Array arrayOf(const Range& range)
+    {
+        return Value::Array(range.begin(), range.end());
+    }
+
+    static Value copy(const Value& value) { return value; }
+    static Value read(std::istream& in) { return Value::parse_json(in); }
+    static std::string write(const Value& value) { return value.to_json(); }
+};
+
+} // namespace
+
+void registerValue(const Inputs& inputs)
+{
+    const std::string name = "Value";
+    registerReading<OurValue>("hosts", name, inputs.hosts.text);
+    registerReading<OurValue>("mixed", name, inputs.mixed.text);
+    registerTree<OurValue>("hosts", name, inputs.hosts.content);
+    registerTree<OurValue>("mixed", name, inputs.mixed.content);
+    registerCopying<OurValue>("hosts", name, inputs.hosts.content);
+    registerCopying<OurValue>("mixed", name, inputs.mixed.content);
+}
