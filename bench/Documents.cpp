@@ -136,8 +136,9 @@ Device makeDevice(Random& random, std::string& text, long long id)
     }
     text += R"(],"alerts":[],"tags":[)";
     for (std::uint64_t count = random.below(4); count > 0; --count) {
-        appendQuoted(text, device.tags.empty() ? "" : ",",
-                     device.tags.emplace_back(random.pick(tags)));
+        const std::string_view tag = random.pick(tags);
+        appendQuoted(text, device.tags.empty() ? "" : ",", tag);
+        device.tags.emplace_back(tag);
     }
     text += "]}";
     return device;

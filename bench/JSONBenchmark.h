@@ -11,6 +11,8 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 /// The two documents and how the benchmarks call them.
@@ -33,6 +35,10 @@ void registerNlohmann(const Inputs& inputs);
 void registerRapidJSON(const Inputs& inputs);
 void registerPoco(const Inputs& inputs);
 void registerJsonCpp(const Inputs& inputs);
+
+/// Ends the program with a message unless both texts say the same: what is compared must be the
+/// same work.
+void requireSame(const std::string& library, const std::string& text, std::string_view written);
 
 /// What no library can undercut: the characters through the stream, the text copied, the same
 /// standard containers without values in between.
@@ -69,6 +75,32 @@ void timeMaking(benchmark::State& state, Make make, const char* counter = nullpt
         made.reset();
         state.ResumeTiming();
     }
+}
+
+/// What a library writes, which is a std::string or a RapidJSON buffer.
+template <typename Written>
+std::string asString(const Written& written)
+{
+    if constexpr (std::is_convertible_v<Written, std::string>) {
+        return written;
+    } else {
+        return {written.GetString(), written.GetSize()};
+    }
+}
+
+/// Tries all but the copying on short documents.
+template <typename Library>
+void check(const std::string& library)
+{
+    const auto checkDocument = [&](const auto& document) {
+        std::istringstream in(document.text);
+        requireSame(library + " reading", document.text,
+                    asString(Library::write(Library::read(in))));
+        requireSame(library + " building", document.text,
+                    asString(Library::write(Library::build(document.content))));
+    };
+    checkDocument(makeHosts(10'000));
+    checkDocument(makeMixed(100'000));
 }
 
 template <typename Library>

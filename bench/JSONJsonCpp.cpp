@@ -96,6 +96,7 @@ struct JsonCpp
 void registerJsonCpp(const Inputs& inputs)
 {
     const std::string name = "JsonCpp";
+    check<JsonCpp>(name);
     registerReading<JsonCpp>("hosts", name, inputs.hosts.text);
     registerReading<JsonCpp>("mixed", name, inputs.mixed.text);
     registerTree<JsonCpp>("hosts", name, inputs.hosts.content);

@@ -70,6 +70,7 @@ struct Nlohmann
 void registerNlohmann(const Inputs& inputs)
 {
     const std::string name = "nlohmann";
+    check<Nlohmann>(name);
     registerReading<Nlohmann>("hosts", name, inputs.hosts.text);
     registerReading<Nlohmann>("mixed", name, inputs.mixed.text);
     registerTree<Nlohmann>("hosts", name, inputs.hosts.content);

@@ -91,6 +91,7 @@ struct PocoJSON
 void registerPoco(const Inputs& inputs)
 {
     const std::string name = "Poco";
+    check<PocoJSON>(name);
     registerReading<PocoJSON>("hosts", name, inputs.hosts.text);
     registerReading<PocoJSON>("mixed", name, inputs.mixed.text);
     registerTree<PocoJSON>("hosts", name, inputs.hosts.content);

@@ -127,6 +127,7 @@ void registerReadingText(const std::string& document, const std::string& text)
 void registerRapidJSON(const Inputs& inputs)
 {
     const std::string name = "RapidJSON";
+    check<RapidJSON>(name);
     registerReading<RapidJSON>("hosts", name, inputs.hosts.text);
     registerReading<RapidJSON>("mixed", name, inputs.mixed.text);
     registerReadingText("hosts", inputs.hosts.text);

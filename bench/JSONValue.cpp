@@ -1,6 +1,10 @@
 #include "bench/JSONBenchmark.h"
 #include "value/Value.h"
 
+#include <cstdlib>
+#include <iostream>
+#include <vector>
+
 namespace {
 
 struct OurValue
@@ -70,11 +74,52 @@ struct OurValue
     static std::string write(const Value& value) { return value.to_json(); }
 };
 
+/// How many values the text holds, keys not counted.
+std::size_t countValues(const std::string& text)
+{
+    std::istringstream in(text);
+    const Value root = Value::parse_json(in);
+    std::vector<const Value*> toDo = {&root};
+    std::size_t count = 0;
+    while (!toDo.empty()) {
+        const Value& value = *toDo.back();
+        toDo.pop_back();
+        ++count;
+        if (value.kind() == Value::Kind::Array) {
+            for (const Value& element : value.holder().get<Value::Array>()) {
+                toDo.push_back(&element);
+            }
+        } else if (value.kind() == Value::Kind::Hash) {
+            for (const auto& entry : value.holder().get<Value::Hash>()) {
+                toDo.push_back(&entry.second);
+            }
+        }
+    }
+    return count;
+}
+
+std::string normalised(std::string_view text)
+{
+    std::istringstream in((std::string(text)));
+    return Value::parse_json(in).to_json();
+}
+
 } // namespace
+
+void requireSame(const std::string& library, const std::string& text, std::string_view written)
+{
+    if (normalised(text) != normalised(written)) {
+        std::cerr << library << " gives another document\n";
+        std::exit(1);
+    }
+}
 
 void registerValue(const Inputs& inputs)
 {
     const std::string name = "Value";
+    check<OurValue>(name);
+    benchmark::AddCustomContext("hosts values", std::to_string(countValues(inputs.hosts.text)));
+    benchmark::AddCustomContext("mixed values", std::to_string(countValues(inputs.mixed.text)));
     registerReading<OurValue>("hosts", name, inputs.hosts.text);
     registerReading<OurValue>("mixed", name, inputs.mixed.text);
     registerTree<OurValue>("hosts", name, inputs.hosts.content);
