@@ -41,5 +41,7 @@ struct ReaderCase
 };
 std::ostream& operator<<(std::ostream& os, const ReaderCase& row);
 
-/// Documents of every shape, good and bad, apart from the single bytes of strings and numbers.
+/// Documents of every shape, good and bad, apart from every byte and number bounds.
 const std::vector<ReaderCase>& readerCases();
+/// Numbers around those of 18, 19 and 20 digits that are the bounds.
+const std::vector<ReaderCase>& numberBoundCases();
