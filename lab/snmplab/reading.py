@@ -10,7 +10,7 @@ from typing import Any, Dict, List, Optional, Tuple
 
 from . import LabError, guard
 from .fields import Fields, fail
-from .topology import Agent, AnyInterface, Behaviour, Interface, Topology, User
+from .topology import Agent, AnyInterface, Behaviour, Interface, Object, Topology, User
 
 FOLDER = pathlib.Path(__file__).resolve().parent.parent / "topologies"
 
@@ -23,6 +23,11 @@ _NAME = re.compile(r"[a-z][a-z0-9-]{0,30}")
 # What snmpd.conf takes between quotation marks as it stands.
 _SECRET = re.compile(r"[!#-\[\]-~]+")
 _PASS_PHRASE = re.compile(_SECRET.pattern[:-1] + "{8,}")  # RFC 3414, section 11.2
+
+_OBJECT_TYPES = "integer, uinteger, counter, octet_str, object_id"
+_OBJECT = re.compile(
+    rf"(1(?:\.[0-9]{{1,10}}){{3,126}}) ({_OBJECT_TYPES.replace(', ', '|')}) ([ !#-\[\]-~]*)"
+)
 
 
 def known() -> List[str]:
@@ -146,8 +151,19 @@ def _agent(fields: Fields, subnets: Dict[str, Any]) -> Agent:
         fail(fields.at("behaviour"), "snmpd has none, only a responder")
     if kind == "responder" and users:
         fail(fields.at("users"), "a responder knows none, only snmpd")
+    lines = fields.texts("objects") if "objects" in fields.names() else []
+    objects = tuple(_object(line, fields.at("objects")) for line in lines)
+    if kind == "responder" and objects:
+        fail(fields.at("objects"), "a responder has none, only snmpd")
     fields.end()
-    return Agent(name, kind, interfaces, community, users, behaviour)
+    return Agent(name, kind, interfaces, community, users, behaviour, objects)
+
+
+def _object(line: str, where: str) -> Object:
+    found = _OBJECT.fullmatch(line)
+    if not found:
+        fail(where, f"{line}: a numeric name, a type of {_OBJECT_TYPES} and a value")
+    return Object(*found.groups())
 
 
 def _places(fields: Fields, subnets: Dict[str, Any]) -> Tuple[Interface, ...]:

@@ -64,6 +64,7 @@ def _configuration(agent: Agent) -> str:
         f'rocommunity "{agent.community}"',
         f"sysName {agent.name}",
     ]
+    lines += [f'override .{o.name} {o.kind} "{o.value}"' for o in agent.objects]
     lines += [f"rouser {user.name} {_level(user)}" for user in agent.users]
     return "\n".join(lines) + "\n"
 

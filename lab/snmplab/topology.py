@@ -32,6 +32,16 @@ class User:
 
 
 @dataclasses.dataclass(frozen=True)
+class Object:
+    """An object instance that an snmpd answers with besides its own: the numeric name,
+    snmpd's word for the type, and the value as text."""
+
+    name: str
+    kind: str
+    value: str
+
+
+@dataclasses.dataclass(frozen=True)
 class Behaviour:
     """How the lab's own responder departs from a plain agent."""
 
@@ -51,6 +61,7 @@ class Agent:
     community: str
     users: Tuple[User, ...]
     behaviour: Behaviour
+    objects: Tuple[Object, ...] = ()
 
     @property
     def on_host(self) -> bool:

@@ -7,7 +7,7 @@ import unittest
 import harness  # noqa: F401
 
 from snmplab import LabError, reading
-from snmplab.topology import Behaviour, User
+from snmplab.topology import Behaviour, Object, User
 
 
 def plain():
@@ -60,6 +60,7 @@ class Reading(unittest.TestCase):
             "priv_pass": "privately",
         }
         data["agents"][0]["users"] = [user]
+        data["agents"][0]["objects"] = ["1.3.6.1.2.1.43.5.1.1.16.1 octet_str My Printer"]
         behaviour = {"copies": 2, "delay": 0.5, "ignore": 1, "reply_from": "192.0.2.11"}
         data["agents"][1] = {
             "name": "self",
@@ -71,6 +72,8 @@ class Reading(unittest.TestCase):
         self.assertEqual(
             found.agents[0].users, (User("sha", "SHA", "authentic", "AES", "privately"),)
         )
+        named = Object("1.3.6.1.2.1.43.5.1.1.16.1", "octet_str", "My Printer")
+        self.assertEqual(found.agents[0].objects, (named,))
         self.assertEqual(found.agents[1].behaviour, Behaviour(2, 0.5, 1, "192.0.2.11"))
         self.assertTrue(found.agents[1].on_host)
 
@@ -165,6 +168,22 @@ class Refusals(unittest.TestCase):
         "snmpd that misbehaves": (
             change(*LASER, "behaviour", {"copies": 2}),
             "snmpd has none",
+        ),
+        "responder with objects": (
+            change(*PLOTTER, "objects", ["1.3.6.1 integer 1"]),
+            "objects: a responder has none",
+        ),
+        "object with a quotation mark": (
+            change(*LASER, "objects", ['1.3.6.1 octet_str "']),
+            "objects: 1.3.6.1 octet_str",
+        ),
+        "object of an unknown type": (
+            change(*LASER, "objects", ["1.3.6.1 real 1"]),
+            "a numeric name, a type of integer",
+        ),
+        "object without a numeric name": (
+            change(*LASER, "objects", ["sysName.0 octet_str a"]),
+            "sysName.0 octet_str a: a numeric name",
         ),
         "responder with users": (
             change(*PLOTTER, "users", [{"name": "u"}]),

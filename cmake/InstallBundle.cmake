@@ -1,0 +1,37 @@
+# The component "bundle" (see InstallTool.cmake and scripts/bundle).
+#
+# Its executable differs from the other in its run path alone. On ELF systems that is a DT_RPATH:
+# unlike the newer DT_RUNPATH it also holds for what the libraries need in turn, and it is looked at
+# before LD_LIBRARY_PATH, so that nothing of the system can come in between. A library with a
+# DT_RUNPATH of its own would be outside that rule; scripts/bundle refuses one.
+
+add_executable(SNMPDiscovery_bundled app/main.cpp)
+target_link_libraries(SNMPDiscovery_bundled PRIVATE app)
+snmpdiscovery_warnings(SNMPDiscovery_bundled)
+set_target_properties(SNMPDiscovery_bundled PROPERTIES
+    OUTPUT_NAME SNMPDiscovery
+    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bundle)
+if(APPLE)
+  set_target_properties(SNMPDiscovery_bundled PROPERTIES INSTALL_RPATH @executable_path)
+else()
+  set_target_properties(SNMPDiscovery_bundled PROPERTIES INSTALL_RPATH $ORIGIN)
+  target_link_options(SNMPDiscovery_bundled PRIVATE -Wl,--disable-new-dtags)
+endif()
+
+# What every system has: the C and C++ runtime, the loader, and on macOS the system's own libraries.
+set(system_libraries
+    [[^ld-linux.*]] [[^ld64\.so.*]] [[^linux-vdso.*]]
+    [[^lib(c|m|dl|rt|pthread|resolv|util|nsl|gcc_s|stdc\+\+|atomic)\.so.*]]
+    [[^/usr/lib/lib.*\.dylib$]] [[^/System/.*]])
+
+install(TARGETS SNMPDiscovery_bundled
+    RUNTIME_DEPENDENCY_SET snmpdiscovery_carried
+    RUNTIME DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
+install(RUNTIME_DEPENDENCY_SET snmpdiscovery_carried
+    PRE_EXCLUDE_REGEXES ${system_libraries}
+    LIBRARY DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL
+    FRAMEWORK DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
+install(FILES ${mib_files} DESTINATION mibs COMPONENT bundle EXCLUDE_FROM_ALL)
+snmpdiscovery_install_documents(bundle doc EXCLUDE_FROM_ALL)
+install(FILES ${PROJECT_BINARY_DIR}/SNMPDiscovery.1 DESTINATION doc
+    COMPONENT bundle EXCLUDE_FROM_ALL)
