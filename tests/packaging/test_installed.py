@@ -1,0 +1,113 @@
+"""The component "runtime" as `cmake --install` lays it out: found through the launcher,
+from anywhere."""
+
+import os
+import shutil
+import tempfile
+import pathlib
+import subprocess
+import unittest
+
+import shipping
+from shipping import ROOT, run
+
+
+class Installed(shipping.LabTest):
+    def setUp(self):
+        super().setUp()
+        holder = tempfile.TemporaryDirectory(prefix="snmpdiscovery-installed-")
+        self.addCleanup(holder.cleanup)
+        self.folder = pathlib.Path(holder.name)
+        self.prefix = self.folder / "a prefix"
+        shipping.install(self.prefix, "runtime")
+
+    def test_the_tree_is_what_a_system_expects(self):
+        private = "libexec/SNMPDiscovery"
+        modules = sorted(path.name for path in (ROOT / "mibs").glob("*.txt"))
+        found = sorted(p.name for p in (self.prefix / private / "mibs").iterdir())
+        self.assertEqual(found, modules)
+        for path in (
+            f"{private}/SNMPDiscovery",
+            "bin/SNMPDiscovery",
+            "share/man/man1/SNMPDiscovery.1",
+            "share/bash-completion/completions/SNMPDiscovery",
+            "share/doc/snmpdiscovery/LICENSE",
+            "share/doc/snmpdiscovery/README.md",
+        ):
+            self.assertTrue((self.prefix / path).is_file(), path)
+
+    def test_the_launcher_finds_the_agents(self):
+        self.assert_discovers_demo(self.prefix / "bin/SNMPDiscovery")
+
+    def test_the_launcher_through_the_path_after_the_tree_was_moved(self):
+        moved = self.folder / "moved"
+        shutil.move(self.prefix, moved)
+        path = f"{moved / 'bin'}:{os.environ['PATH']}"
+        self.assert_discovers_demo("env", f"PATH={path}", "SNMPDiscovery")
+
+    def test_links_to_the_launcher_are_followed(self):
+        (self.folder / "first").symlink_to("a prefix/bin/SNMPDiscovery")
+        (self.folder / "second").symlink_to(self.folder / "first")
+        self.assert_discovers_demo(self.folder / "second")
+
+    def test_a_link_to_the_executable_itself_lacks_the_modules(self):
+        # Why there is a launcher: the modules are looked for beside the link.
+        link = self.folder / "link"
+        link.symlink_to(self.prefix / "libexec/SNMPDiscovery/SNMPDiscovery")
+        outcome = self.in_lab("demo", link, code=64, capture=True)
+        self.assertIn(b"Cannot find module (Printer-MIB)", outcome.err)
+        self.assertFalse(shipping.asks_for_up_time(outcome))
+
+    def test_the_launcher_hands_on_every_argument_and_the_exit_code(self):
+        launcher = self.prefix / "bin/SNMPDiscovery"
+        outcome = self.in_lab("demo", launcher, "-c", "secret", code=64)
+        self.assertEqual(outcome.out, b'[{"hostname":"198.51.100.21"}]')
+        said = run("sh", launcher.name, "--help", code=64, cwd=launcher.parent)
+        self.assertIn("usage: SNMPDiscovery OPTIONS", said)
+        persistent = self.folder / "with space"
+        self.in_lab("demo", launcher, f"--SNMPPersistPath={persistent}", code=64)
+        self.assertTrue(persistent.is_dir())
+
+
+class Completion(unittest.TestCase):
+    """What bash offers behind some words; the last one is being typed."""
+
+    CASES = {
+        "nothing yet": ([""], ["--Community=", "--SNMPPersistPath=", "--help", "-c", "-h"]),
+        "long options": (["--"], ["--Community=", "--SNMPPersistPath=", "--help"]),
+        "a name that begins": (["--C"], ["--Community="]),
+        "a community is nobody's to guess": (["-c", ""], []),
+        "folders in one word": (["--SNMPPersistPath=us"], ["--SNMPPersistPath=usr"]),
+        "folders in three words": (["--SNMPPersistPath", "=", "us"], ["usr"]),
+        "no folders for a community": (["--Community", "=", "us"], []),
+    }
+
+    def test_offers(self):
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "usr").mkdir()
+            (pathlib.Path(folder) / "use").touch()
+            for name, (words, expected) in self.CASES.items():
+                with self.subTest(name):
+                    self.assertEqual(self.offers(folder, words), expected)
+
+    def offers(self, folder, words):
+        script = (
+            'source "$1"; shift; compopt() { :; }; COMP_WORDS=(SNMPDiscovery "$@"); '
+            'COMP_CWORD=$#; _SNMPDiscovery; printf "%s\\n" "${COMPREPLY[@]}"'
+        )
+        source = str(ROOT / "packaging/completion.bash")
+        done = subprocess.run(
+            ["bash", "-c", script, "bash", source, *words],
+            cwd=folder,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            check=False,
+            timeout=60,
+            text=True,
+        )
+        self.assertEqual(done.stderr, "")
+        return sorted(line for line in done.stdout.splitlines() if line)
+
+
+if __name__ == "__main__":
+    unittest.main()
