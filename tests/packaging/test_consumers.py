@@ -169,7 +169,7 @@ class Consumers(shipping.LabTest):
 
     def test_wrong_requests_are_refused(self):
         cases = {
-            "99.0 REQUIRED CONFIG": "version: 99.0",
+            "99.0 REQUIRED CONFIG": 'compatible with requested version "99.0"',
             "REQUIRED CONFIG COMPONENTS app": "There is no component app",
         }
         for number, (words, reason) in enumerate(cases.items()):
