@@ -31,7 +31,21 @@ install(RUNTIME_DEPENDENCY_SET snmpdiscovery_carried
     PRE_EXCLUDE_REGEXES ${system_libraries}
     LIBRARY DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL
     FRAMEWORK DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
+# For the PATH, where a link to the executable would not do.
+set(snmpdiscovery_root_from_bin ..)
+set(snmpdiscovery_private_dir .)
+configure_file(packaging/launcher.in ${PROJECT_BINARY_DIR}/bundle/launcher/SNMPDiscovery @ONLY)
+install(PROGRAMS ${PROJECT_BINARY_DIR}/bundle/launcher/SNMPDiscovery
+    DESTINATION bin COMPONENT bundle EXCLUDE_FROM_ALL)
 install(FILES ${mib_files} DESTINATION mibs COMPONENT bundle EXCLUDE_FROM_ALL)
+
+# On macOS each library names the others by the path that it was built for, and a change breaks its
+# signature.
+if(APPLE)
+  install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/RelocateOnMacOS.cmake
+      COMPONENT bundle EXCLUDE_FROM_ALL)
+endif()
+
 snmpdiscovery_install_documents(bundle doc EXCLUDE_FROM_ALL)
 install(FILES ${PROJECT_BINARY_DIR}/SNMPDiscovery.1 DESTINATION doc
     COMPONENT bundle EXCLUDE_FROM_ALL)

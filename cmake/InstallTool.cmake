@@ -38,9 +38,7 @@ install(FILES ${mib_files} DESTINATION ${snmpdiscovery_private_dir}/mibs COMPONE
 
 file(RELATIVE_PATH snmpdiscovery_root_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix)
 string(REGEX REPLACE "/$" "" snmpdiscovery_root_from_bin "${snmpdiscovery_root_from_bin}")
-configure_file(packaging/launcher.in ${PROJECT_BINARY_DIR}/launcher/SNMPDiscovery @ONLY
-    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
-                     WORLD_READ WORLD_EXECUTE)
+configure_file(packaging/launcher.in ${PROJECT_BINARY_DIR}/launcher/SNMPDiscovery @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/launcher/SNMPDiscovery
     DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 
