@@ -4,14 +4,11 @@
 
 #include <Poco/Timestamp.h>
 
-#include <sys/select.h>
-
 namespace UVARNETSNMP {
 
 namespace {
 
 constexpr long maxRepetitions = 10;
-constexpr suseconds_t turnMicroseconds = 5000; // the longest wait of one turn
 
 /// Asks for oid's value. Non-repeaters and max-repetitions are the error-status and error-index of
 /// the other request types: those too go out with 0 and 10, on purpose.
@@ -105,29 +102,6 @@ bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
         timeout = Poco::Timespan(deadline - Poco::Timestamp());
     }
     return true;
-}
-
-/// One turn of the wait: until a response is read, a resend is due, or 5 ms have passed.
-void SNMPSession::ServeOnce()
-{
-    int count = 0;
-    int block = 0;
-    timeval wait = {0, turnMicroseconds};
-    fd_set ready;
-    FD_ZERO(&ready);
-    // A stream whose peer hung up ("tcp:" hosts) has no descriptor left, and snmp_sess_select_info
-    // answers that by freeing the session, which is the destructor's to close: only wait.
-    const netsnmp_transport* const transport = snmp_sess_transport(m_sessionHandle);
-    if (transport == nullptr || transport->sock < 0) {
-        select(0, nullptr, nullptr, nullptr, &wait);
-        return;
-    }
-    snmp_sess_select_info(m_sessionHandle, &count, &ready, &wait, &block);
-    if (select(count, &ready, nullptr, nullptr, &wait) > 0) {
-        snmp_sess_read(m_sessionHandle, &ready);
-    } else {
-        snmp_sess_timeout(m_sessionHandle);
-    }
 }
 
 int SNMPSession::Callback(int operation, snmp_session* /*session*/, int reqid, snmp_pdu* pdu,

@@ -70,6 +70,7 @@ public:
     std::function<int()> onSelect;        ///< gives select's result
     std::function<void()> onRead;         ///< Net-SNMP reads: the place to deliver answers
     int descriptor = 7;                   ///< of the live session, -1 when its stream is closed
+    bool largeSetFails = false;           ///< no memory for a set of many descriptors
     timeval nextResend = {3, 0};          ///< from now; bounds the wait of select
 
     /// One event of the live session, as Net-SNMP tells it: to the callback that is set in it.

@@ -238,6 +238,66 @@ TEST_F(SNMPSessionGather, AClosedStreamIsLeftAloneUntilTheTimeIsOver)
               Joined({sending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
 }
 
+TEST_F(SNMPSessionGather, TheLastDescriptorThatAnOrdinarySetHolds)
+{
+    m_fake.descriptor = FD_SETSIZE - 1;
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(turn)));
+
+    EXPECT_EQ(m_fake.TakeCalls(),
+              Joined({sending,
+                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
+                       "select(1024, {1023}, null, null, 0.005000)", "snmp_sess_timeout"}}));
+}
+
+TEST_F(SNMPSessionGather, ADescriptorBeyondIsServedWithALargeSet)
+{
+    struct Case
+    {
+        const char* name;
+        int descriptor;
+        int result;
+        const char* served;
+    };
+    const Case cases[] = {
+        {"first, ready", FD_SETSIZE, 1, "snmp_sess_read2([room 1025: 1024])"},
+        {"first, timed out", FD_SETSIZE, 0, "snmp_sess_timeout"},
+        {"first, failed", FD_SETSIZE, -1, "snmp_sess_timeout"},
+        {"far, ready", 70000, 1, "snmp_sess_read2([room 70001: 70000])"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        m_fake.created = 0;
+        m_fake.descriptor = row.descriptor;
+        m_fake.onSelect = [this, &row] {
+            m_fake.now += turn;
+            return row.result;
+        };
+
+        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+        const std::string room = "[room " + std::to_string(row.descriptor + 1) + ":";
+        const std::string count = std::to_string(row.descriptor + 1);
+        const std::string own = " " + std::to_string(row.descriptor) + "]";
+        const std::vector<std::string> once = {
+            "snmp_sess_select_info2(0, " + room + "], 0.005000, 0)",
+            "netsnmp_large_fd_set_select(" + count + ", " + room + own + ", 0.005000)", row.served};
+        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, once, once}));
+        m_fake.DropOutstanding();
+    }
+}
+
+TEST_F(SNMPSessionGather, WithoutMemoryForALargeSetTheTurnOnlyWaits)
+{
+    m_fake.descriptor = FD_SETSIZE;
+    m_fake.largeSetFails = true;
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+    const std::string waiting = "select(0, null, null, null, 0.005000)";
+    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, {waiting, waiting}}));
+}
+
 TEST_F(SNMPSessionGather, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
 {
     struct Case

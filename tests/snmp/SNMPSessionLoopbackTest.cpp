@@ -3,11 +3,13 @@
 
 #include "tests/snmp/SNMPSessionLoopback.h"
 #include "tests/snmp/Wire.h"
+#include "tests/support/Guards.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <netinet/in.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -241,6 +243,41 @@ TEST_F(SNMPSessionLoopback, AStreamThatItsPeerCloses)
         EXPECT_EQ(session.Get(m_oid), nullptr);
     }
     close(listener);
+    EXPECT_THAT(m_gathered.responses, IsEmpty());
+}
+
+TEST_F(SNMPSessionLoopback, ADescriptorThatAnOrdinarySetDoesNotHold)
+{
+    for (const int first : {FD_SETSIZE - 1, FD_SETSIZE, FD_SETSIZE + 1, 3 * FD_SETSIZE}) {
+        SCOPED_TRACE(first);
+        LoopbackAgent agent(&Answer);
+        const TestSupport::OccupiedDescriptors occupied(first, 16);
+        Session session(SNMP_VERSION_1, "public", agent.Host(), true);
+        ASSERT_NE(session.m_sessionPtr, nullptr);
+        ASSERT_EQ(snmp_sess_transport(session.m_sessionHandle)->sock, first);
+        Gathered gathered;
+
+        EXPECT_TRUE(session.Get(m_oid, &Gather, &gathered, shortGathering));
+        EXPECT_THAT(gathered.Ticks(), ElementsAre(42));
+
+        // Synchronous requests: Net-SNMP waits for these itself.
+        Session another(SNMP_VERSION_1, "public", agent.Host(), false);
+        snmp_pdu* const response = another.Get(m_oid);
+        EXPECT_NE(response, nullptr);
+        another.ReleasePDU(response);
+    }
+}
+
+TEST_F(SNMPSessionLoopback, WithoutADescriptorTheSessionIsNotOpen)
+{
+    LoopbackAgent agent(&Answer);
+    const TestSupport::DescriptorLimit none(0);
+
+    Session session(SNMP_VERSION_1, "public", agent.Host(), true);
+
+    EXPECT_TRUE(session.m_initialized);
+    EXPECT_EQ(session.m_sessionPtr, nullptr);
+    EXPECT_FALSE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
     EXPECT_THAT(m_gathered.responses, IsEmpty());
 }
 

@@ -4,6 +4,9 @@
 
 #include <net-snmp/net-snmp-includes.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -60,6 +63,43 @@ TemporaryDirectory::~TemporaryDirectory()
 {
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
+}
+
+DescriptorLimit::DescriptorLimit(rlim_t limit)
+{
+    if (getrlimit(RLIMIT_NOFILE, &m_former) != 0) {
+        throw std::system_error(errno, std::generic_category(), "getrlimit");
+    }
+    const rlimit wanted = {limit, m_former.rlim_max};
+    if (setrlimit(RLIMIT_NOFILE, &wanted) != 0) {
+        throw std::system_error(errno, std::generic_category(), "setrlimit");
+    }
+}
+
+DescriptorLimit::~DescriptorLimit()
+{
+    setrlimit(RLIMIT_NOFILE, &m_former);
+}
+
+OccupiedDescriptors::OccupiedDescriptors(int first, int more)
+    : m_limit(static_cast<rlim_t>(first) + static_cast<rlim_t>(more))
+{
+    int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    while (descriptor >= 0 && descriptor < first) {
+        m_descriptors.push_back(descriptor);
+        descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    }
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "/dev/null");
+    }
+    close(descriptor);
+}
+
+OccupiedDescriptors::~OccupiedDescriptors()
+{
+    for (const int descriptor : m_descriptors) {
+        close(descriptor);
+    }
 }
 
 SNMPEnvironment::SNMPEnvironment()

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <sys/resource.h>
+
 #include <filesystem>
 #include <list>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// State that a test takes over for a scope and gives back at its end, also when the test fails.
 /// Threads: all of it is the process's own state; use it while no other thread runs.
@@ -38,6 +41,36 @@ public:
 
 private:
     std::filesystem::path m_path;
+};
+
+/// Another limit to the number of descriptors for a scope; 0 lets nothing more be opened.
+class DescriptorLimit
+{
+public:
+    /// Throws std::system_error when it may not be set.
+    explicit DescriptorLimit(rlim_t limit);
+    ~DescriptorLimit();
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+private:
+    rlimit m_former = {};
+};
+
+/// Keeps descriptors in use, so that those opened while it lives have higher numbers.
+class OccupiedDescriptors
+{
+public:
+    /// Occupies all below `first` and sets the limit so that `more` can be opened above them.
+    /// Throws std::system_error when that may not be.
+    OccupiedDescriptors(int first, int more);
+    ~OccupiedDescriptors();
+    OccupiedDescriptors(const OccupiedDescriptors&) = delete;
+    OccupiedDescriptors& operator=(const OccupiedDescriptors&) = delete;
+
+private:
+    DescriptorLimit m_limit;
+    std::vector<int> m_descriptors;
 };
 
 /// An environment in which Net-SNMP neither reads nor writes a file of the host's: configuration,
