@@ -25,6 +25,7 @@ from .topology import Behaviour
 
 PORT = 161
 _LARGEST_DATAGRAM = 65535
+_RECEIVE_BUFFER = 4 * 1024 * 1024  # octets; the kernel gives less where it must
 
 Address = Tuple[str, int]
 
@@ -108,6 +109,8 @@ class Responder:
     def _listen(self, address: str) -> socket.socket:
         made = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         made.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        # Room for the requests of a host that asks on all its interfaces at once.
+        made.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, _RECEIVE_BUFFER)
         made.bind((address, PORT))
         self._selector.register(made, selectors.EVENT_READ)
         return made
