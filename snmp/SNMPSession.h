@@ -40,7 +40,8 @@ public:
     /// which it reads its configuration (init_snmp). A further call does nothing, also after
     /// Terminate; only an empty name leaves the library counting as not set up. Not while other
     /// threads read the environment. Always true: a MIB that is missing shows only as object names
-    /// that do not resolve.
+    /// that do not resolve. Of Net-SNMP's configuration only the files of single peers
+    /// (hosts/ADDRESS.conf) are not read: sessions of several threads could not be opened at once.
     static bool Initialize(const std::string& name, const std::string& persistentDir,
                            const std::string& mibDir, const std::string& mib);
     static bool Initialize(const std::string& name, const std::string& persistentDir,

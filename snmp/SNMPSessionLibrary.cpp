@@ -26,6 +26,9 @@ bool SNMPSession::Initialize(const std::string& name, const std::string& persist
     }
     InitializeMIBS(mibDir, mibs);
     init_snmp(name.c_str());
+    // Otherwise each opening of a session looks for a configuration file of its peer, and all
+    // threads then change the process's settings without a lock.
+    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 1);
     m_SNMPName = name;
     return true;
 }

@@ -1,7 +1,6 @@
 """Hosts with very many interfaces: two workers for each, so up to 2,000 sockets, of which a
 plain fd_set holds 1,024."""
 
-import ipaddress
 import os
 import pathlib
 import shutil
@@ -13,6 +12,9 @@ from tool import EXIT_CODE, ToolTest, document
 
 from snmplab import api
 
+# Interfaces that share a wire, on which every broadcast reaches them all.
+ON_A_WIRE = 40
+
 # POCO's, of a run that failed.
 EXIT_SOFTWARE = 70
 
@@ -23,15 +25,16 @@ SECONDS = (7.0, 40.0)
 
 
 def network(number):
-    """A host with `number` interfaces, each on a wire of its own, and an agent on the host
-    itself, which answers every broadcast from the address that the host has there. (With
-    agents on the wires the kernel would need an entry of its one table of neighbours for
-    each, and that has room for 1,024 of all namespaces.)"""
+    """A host with `number` interfaces, each with a subnet of its own, and an agent on the
+    host itself, which answers every broadcast from the address that the host has there.
+    (For agents elsewhere the kernel would need an entry for each in its one table of
+    neighbours, and that has room for 1,024 of all namespaces.)"""
     subnets, interfaces = {}, []
     for index, address in enumerate(addresses(number)):
-        wire = f"w{index}"
-        subnets[wire] = str(ipaddress.ip_network(f"{address}/30", strict=False))
-        interfaces.append({"name": f"e{index}", "subnet": wire, "addresses": address})
+        wire = f"w{index // ON_A_WIRE}"
+        subnets[wire] = "198.18.0.0/15"
+        place = {"subnet": wire, "addresses": f"{address}/30"}
+        interfaces.append({"name": f"e{index}", **place})
     agent = {"name": "everywhere", "kind": "responder", "on_host": True}
     return {"subnets": subnets, "host": {"interfaces": interfaces}, "agents": [agent]}
 

@@ -161,6 +161,18 @@ TEST_F(SNMPSessionLibrary, MIBNamesAreJoinedByColons)
     }
 }
 
+TEST_F(SNMPSessionLibrary, SessionsAreOpenedWithoutFilesOfTheirPeers)
+{
+    const auto setting = [] {
+        return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES);
+    };
+    EXPECT_EQ(setting(), 0);
+    SNMPSession::Initialize("Test", "", "", "M");
+    EXPECT_EQ(setting(), 1);
+    m_fake.ForgetCalls();
+    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 0);
+}
+
 TEST_F(SNMPSessionLibrary, InitializeMIBSDoesNotSetTheLibraryUp)
 {
     SNMPSession::InitializeMIBS("/mibs", {"Printer-MIB"});
