@@ -13,7 +13,7 @@ import sys
 import time
 from typing import List, Tuple
 
-from . import LabError, ber, message, snmpd
+from . import LabError, ber, guard, message, snmpd
 from .namespaces import Namespace
 from .network import Network
 from .topology import Agent, Topology
@@ -44,6 +44,8 @@ class Agents:
             namespace = network.agents[agent.name]
             if agent.kind == "snmpd":
                 process = snmpd.start(agent, namespace, own, topology.interfaces)
+            elif agent.kind == "program":
+                process = _start_program(agent, namespace, own, topology.name)
             else:
                 process = _start_responder(agent, namespace, own)
             self._running.append((agent, process))
@@ -99,15 +101,35 @@ class Agents:
         raise LabError(f"agent {agent.name}: {why}; its log:\n{log.rstrip()}")
 
 
+def _start_program(agent: Agent, namespace: Namespace, folder: pathlib.Path, lab: str):
+    """A program of the topology's; it finds in its environment what lab/inside looks
+    at, for its own namespace."""
+    environment = dict(os.environ)
+    environment[guard.NAME_VARIABLE] = lab
+    environment[guard.NAMESPACE_VARIABLE] = guard.format_identity(namespace.identity)
+    try:
+        return _start_with_log(list(agent.command), namespace, folder, env=environment)
+    except OSError as error:
+        raise LabError(f"agent {agent.name}: {agent.command[0]}: {error.strerror}") from error
+
+
 def _start_responder(agent: Agent, namespace: Namespace, folder: pathlib.Path):
     settings = dict(dataclasses.asdict(agent.behaviour), community=agent.community)
+    command = python_program("responder", json.dumps(settings))
+    return _start_with_log(command, namespace, folder)
+
+
+def _start_with_log(
+    command: List[str], namespace: Namespace, folder: pathlib.Path, **settings
+) -> subprocess.Popen:
     log = os.open(folder / "log", os.O_WRONLY | os.O_CREAT, 0o644)
     try:
         return namespace.start(
-            python_program("responder", json.dumps(settings)),
+            command,
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=log,
+            **settings,
         )
     finally:
         os.close(log)

@@ -138,7 +138,7 @@ def _address(text: str, network, where: str) -> AnyInterface:
 def _agent(fields: Fields, subnets: Dict[str, Any]) -> Agent:
     name = fields.text("name")
     _check_name(name, fields.at("name"))
-    kind = fields.choice("kind", ["snmpd", "responder"])
+    kind = fields.choice("kind", ["snmpd", "responder", "program"])
     interfaces: Tuple[Interface, ...] = ()
     if not fields.flag("on_host", False):
         interfaces = _places(fields.fields("addresses"), subnets)
@@ -147,16 +147,19 @@ def _agent(fields: Fields, subnets: Dict[str, Any]) -> Agent:
         fail(fields.at("community"), "printable ASCII, no space, quote or backslash")
     users = tuple(_user(each) for each in fields.list("users", []))
     behaviour = _behaviour(fields.fields("behaviour", {}))
-    if kind == "snmpd" and behaviour != Behaviour():
-        fail(fields.at("behaviour"), "snmpd has none, only a responder")
-    if kind == "responder" and users:
-        fail(fields.at("users"), "a responder knows none, only snmpd")
+    if kind != "responder" and behaviour != Behaviour():
+        fail(fields.at("behaviour"), f"{kind} has none, only a responder")
+    if kind != "snmpd" and users:
+        fail(fields.at("users"), f"a {kind} knows none, only snmpd")
     lines = fields.texts("objects") if "objects" in fields.names() else []
     objects = tuple(_object(line, fields.at("objects")) for line in lines)
-    if kind == "responder" and objects:
-        fail(fields.at("objects"), "a responder has none, only snmpd")
+    if kind != "snmpd" and objects:
+        fail(fields.at("objects"), f"a {kind} has none, only snmpd")
+    command = tuple(fields.texts("command")) if kind == "program" else ()
+    if kind == "program" and not command:
+        fail(fields.at("command"), "a program is missing")
     fields.end()
-    return Agent(name, kind, interfaces, community, users, behaviour, objects)
+    return Agent(name, kind, interfaces, community, users, behaviour, objects, command)
 
 
 def _object(line: str, where: str) -> Object:

@@ -62,6 +62,7 @@ class Agent:
     users: Tuple[User, ...]
     behaviour: Behaviour
     objects: Tuple[Object, ...] = ()
+    command: Tuple[str, ...] = ()  # of the kind "program"
 
     @property
     def on_host(self) -> bool:

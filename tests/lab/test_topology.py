@@ -156,7 +156,7 @@ class Refusals(unittest.TestCase):
         "option as interface": (change(*FIRST, "name", "-x"), "cannot name an interface"),
         "interface name of 16": (change(*FIRST, "name", "e" * 16), "cannot name"),
         "name of an agent": (change(*LASER, "name", "../x"), "name: a name is"),
-        "kind": (change(*LASER, "kind", "magic"), "magic is none of snmpd, responder"),
+        "kind": (change(*LASER, "kind", "magic"), "magic is none of snmpd, responder, program"),
         "community with a quote": (change(*LASER, "community", 'a"b'), "community: "),
         "empty community": (change(*LASER, "community", ""), "community: "),
         "same address": (
