@@ -58,7 +58,7 @@ std::optional<Arrival> readFrame(std::string_view frame)
         return std::nullopt;
     }
     const std::string_view packet = frame.substr(ethernetHeader);
-    const std::size_t header = (packet[0] & 0x0fU) * 4;
+    const std::size_t header = static_cast<std::size_t>(packet[0] & 0x0f) * 4;
     const std::size_t length = get16(packet, 2);
     const bool fragment = (get16(packet, 6) & 0x3fff) != 0;
     if ((packet[0] & 0xf0) != 0x40 || header < ipHeader || fragment || packet[9] != protocolUdp ||

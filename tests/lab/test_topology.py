@@ -50,6 +50,13 @@ class Reading(unittest.TestCase):
         found = parse(data).interfaces[0].addresses
         self.assertEqual([str(a) for a in found], ["198.51.100.7/32", "2001:db8::1/64"])
 
+    def test_a_program(self):
+        data = plain()
+        data["agents"][0] = PROGRAM
+        found = parse(data).agents[0]
+        self.assertEqual(found.command, ("storm", "--agents", "9"))
+        self.assertEqual(parse(plain()).agents[0].command, ())
+
     def test_users_behaviour_and_agents_on_the_host(self):
         data = plain()
         user = {
@@ -94,6 +101,12 @@ FIRST = ("host", "interfaces", 0)
 LASER = ("agents", 0)
 PLOTTER = ("agents", 1)
 LONG = "authentic-phrase"
+PROGRAM = {
+    "name": "storm",
+    "kind": "program",
+    "addresses": {"office": "192.0.2.9"},
+    "command": ["storm", "--agents", "9"],
+}
 
 
 class Refusals(unittest.TestCase):
@@ -188,6 +201,22 @@ class Refusals(unittest.TestCase):
         "responder with users": (
             change(*PLOTTER, "users", [{"name": "u"}]),
             "a responder knows none",
+        ),
+        "program without a command": (
+            change(*PLOTTER, "kind", "program"),
+            "command is missing",
+        ),
+        "program of no words": (
+            change("agents", 0, dict(PROGRAM, command=[])),
+            "command: a program is missing",
+        ),
+        "program that misbehaves": (
+            change("agents", 0, dict(PROGRAM, behaviour={"copies": 2})),
+            "program has none",
+        ),
+        "responder with a command": (
+            change(*PLOTTER, "command", ["true"]),
+            "unknown: command",
         ),
         "half a copy": (change(*PLOTTER, "behaviour", {"copies": 0.5}), "a number is"),
         "long delay": (change(*PLOTTER, "behaviour", {"delay": 61}), "is not within"),

@@ -25,6 +25,25 @@ def executable():
     return pathlib.Path(path).resolve()
 
 
+def simulator():
+    """The simulator of agents. A missing one is a failure and no skip."""
+    path = os.environ.get("SNMPDISCOVERY_LAB_SIMULATOR", "")
+    if not os.access(path, os.X_OK):
+        raise AssertionError(f"SNMPDISCOVERY_LAB_SIMULATOR names no program: '{path}'")
+    return str(pathlib.Path(path).resolve())
+
+
+def simulated(name, number, *options):
+    """An agent of a topology that is the simulator with `options`; `number` ends the
+    address of its own, on the subnet 192.0.2.0/24 called office."""
+    return {
+        "name": name,
+        "kind": "program",
+        "addresses": {"office": f"192.0.2.{number}"},
+        "command": [simulator(), *options],
+    }
+
+
 def document(*addresses):
     """The octets of the document with `addresses` in this order."""
     return ("[" + ",".join(f'{{"hostname":"{a}"}}' for a in addresses) + "]").encode()
