@@ -6,6 +6,7 @@
 
 #include "app/PersistentFolder.h"
 #include "app/SNMPDiscoveryApp.h"
+#include "app/StandardErrorLog.h"
 #include "app/Subnets.h"
 #include "value/Value.h"
 
@@ -69,6 +70,7 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         const PersistentFolder persistent(config().getString("SNMPPersistPath", ""));
         const Path mibs = mibDirectory(config().getString("application.path", ""));
         persistent.keepUnread();
+        StandardErrorLog::install();
         if (!SNMPSession::Initialize("SNMPDiscovery", persistent.directory(), mibs.toString(),
                                      "Printer-MIB")) {
             return EXIT_USAGE;

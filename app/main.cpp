@@ -1,4 +1,5 @@
 #include "app/SNMPDiscoveryApp.h"
+#include "app/StandardDescriptors.h"
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Exception.h>
@@ -6,6 +7,7 @@
 
 int main(int argc, char** argv)
 {
+    openMissingStandardDescriptors();
     Poco::AutoPtr<SNMPDiscoveryApp> application(new SNMPDiscoveryApp);
     try {
         application->init(argc, argv);

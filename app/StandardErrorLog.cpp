@@ -1,0 +1,96 @@
+#include "app/StandardErrorLog.h"
+
+#include <net-snmp/net-snmp-config.h>
+
+#include <net-snmp/net-snmp-includes.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <string>
+
+namespace {
+
+#ifdef MSG_NOSIGNAL
+constexpr int withoutSignal = MSG_NOSIGNAL;
+#else
+constexpr int withoutSignal = 0;
+#endif
+
+/// A pipe that is ready takes this many octets without waiting.
+constexpr std::size_t atOnce = PIPE_BUF;
+
+/// Whether somebody reads at the other end and has left room.
+bool ready(int descriptor)
+{
+    pollfd question = {descriptor, POLLOUT, 0};
+    return poll(&question, 1, 0) == 1 && question.revents == POLLOUT;
+}
+
+/// How many octets were written; 0 or less if none.
+ssize_t writeSome(int descriptor, const char* text, std::size_t length)
+{
+    const ssize_t sent = send(descriptor, text, length, MSG_DONTWAIT | withoutSignal);
+    if (sent >= 0 || errno != ENOTSOCK) {
+        return sent;
+    }
+    return ready(descriptor) ? ::write(descriptor, text, length) : 0;
+}
+
+/// Net-SNMP's call for each message. As long as no other handler is there: one comes with a
+/// configuration that wants the messages elsewhere.
+int handle(netsnmp_log_handler* handler, int /*priority*/, const char* text)
+{
+    if (handler->next == nullptr && handler->prev == nullptr) {
+        StandardErrorLog::write(handler->imagic, text);
+    }
+    return 1;
+}
+
+} // namespace
+
+void StandardErrorLog::install()
+{
+    netsnmp_log_handler* const handler =
+        netsnmp_register_loghandler(NETSNMP_LOGHANDLER_STDERR, LOG_DEBUG);
+    if (handler != nullptr) {
+        handler->imagic = withoutWaiting(STDERR_FILENO);
+        handler->handler = &handle;
+    }
+}
+
+int StandardErrorLog::withoutWaiting(int descriptor)
+{
+    struct stat status;
+    if (fstat(descriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) {
+        return descriptor;
+    }
+    // Where there is no such folder, or its entries are but further names of the descriptor
+    // (macOS), the descriptor serves as it is.
+    const std::string name = "/proc/self/fd/" + std::to_string(descriptor);
+    const int own = open(name.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    return own >= 0 ? own : descriptor;
+}
+
+void StandardErrorLog::write(int descriptor, const char* text)
+{
+    const int error = errno;
+    std::size_t left = std::strlen(text);
+    while (left > 0) {
+        const ssize_t written = writeSome(descriptor, text, std::min(left, atOnce));
+        if (written <= 0) {
+            break;
+        }
+        text += written;
+        left -= static_cast<std::size_t>(written);
+    }
+    errno = error;
+}

@@ -1,0 +1,234 @@
+// Messages that find no reader: the writer must come back at once, whatever lies behind the
+// descriptor.
+
+#include "app/StandardErrorLog.h"
+
+#include "tests/support/Guards.h"
+
+#include <net-snmp/net-snmp-config.h>
+
+#include <net-snmp/net-snmp-includes.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using TestSupport::TemporaryDirectory;
+
+/// Two connected descriptors: what is written to one is read from the other.
+class Channel
+{
+public:
+    explicit Channel(bool isSocket)
+    {
+        const int result = isSocket ? socketpair(AF_UNIX, SOCK_STREAM, 0, m_ends) : pipe(m_ends);
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(fcntl(m_ends[0], F_SETFL, O_NONBLOCK), 0);
+    }
+    ~Channel()
+    {
+        closeReader();
+        close(m_ends[1]);
+    }
+    Channel(const Channel&) = delete;
+    Channel& operator=(const Channel&) = delete;
+
+    int writer() const { return m_ends[1]; }
+
+    void closeReader()
+    {
+        if (m_ends[0] >= 0) {
+            close(m_ends[0]);
+            m_ends[0] = -1;
+        }
+    }
+
+    /// All that has been written and not read yet.
+    std::string read() const
+    {
+        std::string text;
+        char octets[4096];
+        for (ssize_t got = ::read(m_ends[0], octets, sizeof octets); got > 0;
+             got = ::read(m_ends[0], octets, sizeof octets)) {
+            text.append(octets, static_cast<std::size_t>(got));
+        }
+        return text;
+    }
+
+private:
+    int m_ends[2] = {-1, -1}; ///< for reading, without waiting, and for writing
+};
+
+/// Standard error leads to another descriptor for a scope.
+class RedirectedError
+{
+public:
+    explicit RedirectedError(int descriptor) : m_former(dup(STDERR_FILENO))
+    {
+        EXPECT_EQ(dup2(descriptor, STDERR_FILENO), STDERR_FILENO);
+    }
+    ~RedirectedError()
+    {
+        dup2(m_former, STDERR_FILENO);
+        close(m_former);
+    }
+    RedirectedError(const RedirectedError&) = delete;
+    RedirectedError& operator=(const RedirectedError&) = delete;
+
+private:
+    int m_former;
+};
+
+std::string contents(const std::string& file)
+{
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
+// More than any pipe or socket holds by default. A writer that waited would wait for ever, and the
+// test's time limit would end it.
+constexpr int floodOfLines = 100000;
+
+class StandardErrorLogTo : public testing::TestWithParam<bool>
+{};
+
+TEST_P(StandardErrorLogTo, DropsWhatFindsNoRoomAndGoesOnOnceThereIs)
+{
+    const Channel channel(GetParam());
+    const int descriptor = StandardErrorLog::withoutWaiting(channel.writer());
+    for (int i = 0; i < floodOfLines; ++i) {
+        StandardErrorLog::write(descriptor, "a line that nobody reads\n");
+    }
+    const std::string first = channel.read();
+    EXPECT_EQ(first.substr(0, 25), "a line that nobody reads\n");
+    EXPECT_LT(first.size(), 25U * floodOfLines);
+
+    StandardErrorLog::write(descriptor, "read again\n");
+    EXPECT_EQ(channel.read(), "read again\n");
+}
+
+TEST_P(StandardErrorLogTo, LeavesTheSharedDescriptorBlocking)
+{
+    const Channel channel(GetParam());
+    StandardErrorLog::write(StandardErrorLog::withoutWaiting(channel.writer()), "text");
+    EXPECT_EQ(fcntl(channel.writer(), F_GETFL) & O_NONBLOCK, 0);
+}
+
+TEST_P(StandardErrorLogTo, WritesALongMessageInPieces)
+{
+    const Channel channel(GetParam());
+    const std::string text(20000, 'x');
+    StandardErrorLog::write(StandardErrorLog::withoutWaiting(channel.writer()), text.c_str());
+    EXPECT_EQ(channel.read(), text);
+}
+
+TEST_P(StandardErrorLogTo, SurvivesAReaderThatHasGone)
+{
+    // SIGPIPE would end the test.
+    Channel channel(GetParam());
+    const int descriptor = StandardErrorLog::withoutWaiting(channel.writer());
+    channel.closeReader();
+    StandardErrorLog::write(descriptor, "nobody there\n");
+    StandardErrorLog::write(StandardErrorLog::withoutWaiting(channel.writer()), "nor now\n");
+}
+
+TEST_P(StandardErrorLogTo, ThreadsThatFindNoRoomDoNotWait)
+{
+    const Channel channel(GetParam());
+    const int descriptor = StandardErrorLog::withoutWaiting(channel.writer());
+    std::vector<std::thread> threads;
+    threads.reserve(8);
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([descriptor] {
+            for (int line = 0; line < floodOfLines / 8; ++line) {
+                StandardErrorLog::write(descriptor, "a line that nobody reads\n");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_NE(channel.read(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, StandardErrorLogTo, testing::Bool(),
+                         [](const auto& row) { return row.param ? "Socket" : "Pipe"; });
+
+TEST(StandardErrorLog, WritesToAFileBehindWhatIsThere)
+{
+    const TemporaryDirectory directory;
+    const std::string name = directory.path() / "log";
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    ASSERT_GE(file, 0);
+    const int descriptor = StandardErrorLog::withoutWaiting(file);
+    EXPECT_EQ(descriptor, file);
+    StandardErrorLog::write(descriptor, "first\n");
+    StandardErrorLog::write(descriptor, "second\n");
+    close(file);
+    EXPECT_EQ(contents(name), "first\nsecond\n");
+}
+
+TEST(StandardErrorLog, WithoutADescriptorNothingIsWritten)
+{
+    EXPECT_EQ(StandardErrorLog::withoutWaiting(-1), -1);
+    errno = ENOENT;
+    StandardErrorLog::write(-1, "text");
+    EXPECT_EQ(errno, ENOENT) << "as it was";
+}
+
+/// Net-SNMP's own logging, given back at the end.
+class StandardErrorLogInstalled : public testing::Test
+{
+protected:
+    ~StandardErrorLogInstalled() override { shutdown_snmp_logging(); }
+};
+
+TEST_F(StandardErrorLogInstalled, NetSNMPsMessagesArrive)
+{
+    const Channel channel(false);
+    const RedirectedError error(channel.writer());
+    StandardErrorLog::install();
+    snmp_log(LOG_ERR, "said %d times\n", 1);
+    snmp_log(LOG_DEBUG, "and less important\n");
+    EXPECT_EQ(channel.read(), "said 1 times\nand less important\n");
+}
+
+TEST_F(StandardErrorLogInstalled, AFloodOfThemDoesNotWait)
+{
+    const Channel channel(false);
+    const RedirectedError error(channel.writer());
+    StandardErrorLog::install();
+    for (int i = 0; i < floodOfLines; ++i) {
+        snmp_log(LOG_ERR, "complaint number %d\n", i);
+    }
+    EXPECT_EQ(channel.read().substr(0, 19), "complaint number 0\n");
+}
+
+TEST_F(StandardErrorLogInstalled, AnotherPlaceInTheConfigurationIsTheOnlyOne)
+{
+    const TemporaryDirectory directory;
+    const std::string name = directory.path() / "log";
+    const Channel channel(false);
+    const RedirectedError error(channel.writer());
+    StandardErrorLog::install();
+    ASSERT_NE(netsnmp_register_filelog_handler(name.c_str(), LOG_DEBUG, LOG_EMERG, 0), nullptr);
+    snmp_log(LOG_ERR, "elsewhere\n");
+    EXPECT_EQ(channel.read(), "");
+    EXPECT_NE(contents(name).find("elsewhere\n"), std::string::npos) << contents(name);
+}
+
+} // namespace
