@@ -1,6 +1,5 @@
 #include "tests/app/FakeNetwork.h"
 #include "tests/app/TestApp.h"
-#include "tests/support/Guards.h"
 
 #include <Poco/Util/Option.h>
 #include <Poco/Util/OptionCallback.h>
@@ -10,14 +9,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
+#include <cctype>
 
 using Poco::Util::Application;
 using Poco::Util::Option;
 using testing::HasSubstr;
-
-using TestSupport::TemporaryDirectory;
+using testing::StartsWith;
 
 namespace {
 
@@ -52,14 +49,21 @@ std::string words(const std::string& text)
 
 TEST(Shell, HelpShowsCommandUsageHeaderAndTheThreeOptions)
 {
-    const std::string help = words(outputOf({"-h"}));
-    EXPECT_THAT(help, HasSubstr("usage: SNMPDiscovery OPTIONS"));
-    EXPECT_THAT(help, HasSubstr("An UVAR SNMP Printer Discovery Tool."));
-    EXPECT_THAT(help, HasSubstr("-h, --help display help information on command line arguments"));
-    EXPECT_THAT(help, HasSubstr("-cname, --Community=name "
-                                "Specifies the SNMP community name (default=public)"));
-    EXPECT_THAT(help, HasSubstr("--SNMPPersistPath=path Writable folder for SNMP persistent data "
-                                "(default temp\\SNMPDiscoveryApp\\snmp-persist)"));
+    EXPECT_EQ(words(outputOf({"-h"})),
+              "usage: SNMPDiscovery OPTIONS "
+              "An UVAR SNMP Printer Discovery Tool. "
+              "-h, --help display help information on command line arguments "
+              "-cname, --Community=name Specifies the SNMP community name (default=public) "
+              "--SNMPPersistPath=path Writable folder for SNMP persistent data "
+              "(default temp\\SNMPDiscoveryApp\\snmp-persist) ");
+}
+
+TEST(Shell, HelpShowsTheNameThatTheToolWasStartedBy)
+{
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-h"}, "/opt/tool/finder");
+    EXPECT_THAT(output.text(), StartsWith("usage: finder OPTIONS\n"));
 }
 
 struct CommandLine
@@ -101,6 +105,38 @@ TEST(Shell, OptionsBehindHelpAreNotProcessed)
     application->initWith({"--help", "-c", "x"});
     EXPECT_TRUE(application->m_helpRequested);
     EXPECT_FALSE(application->config().hasProperty("Community"));
+}
+
+TEST(Shell, TheCommunityIsTakenOverEvenWhenTheHelpIsShown)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-c", "private", "-h"});
+    EXPECT_EQ(application->main({}), 64);
+    EXPECT_EQ(application->m_community, "private");
+}
+
+/// Throws something that is no exception class while the options are defined.
+class FailingSubsystem : public Poco::Util::Subsystem
+{
+public:
+    const char* name() const override { return "failing"; }
+    void initialize(Application&) override {}
+    void uninitialize() override {}
+    void defineOptions(Poco::Util::OptionSet&) override { throw 42; }
+};
+
+TEST(Shell, WhateverIsThrownWhileOptionsAreProcessedTheHelpIsShown)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->addSubsystem(new FailingSubsystem);
+    EXPECT_NO_THROW(application->initWith({}));
+    EXPECT_TRUE(application->m_helpRequested);
+    EXPECT_THAT(output.text(), HasSubstr("An UVAR SNMP Printer Discovery Tool."));
+    EXPECT_EQ(application->main({}), 64);
 }
 
 TEST(Shell, AGoodCommandLineShowsNothingAndAsksForNoHelp)
@@ -161,94 +197,11 @@ TEST(Shell, DefinesTheThreeOptionsInOrder)
     }
 }
 
-struct Definition
-{
-    const char* name;
-    const char* text;
-    const char* key;
-    const char* value;
-};
-
-class DefineProperty : public testing::TestWithParam<Definition>
-{};
-
-TEST_P(DefineProperty, SplitsAtTheFirstEqualsSign)
-{
-    Poco::AutoPtr<TestApp> application(new TestApp);
-    application->defineProperty(GetParam().text);
-    ASSERT_TRUE(application->config().hasProperty(GetParam().key));
-    EXPECT_EQ(application->config().getString(GetParam().key), GetParam().value);
-}
-
-INSTANTIATE_TEST_SUITE_P(Shell, DefineProperty,
-                         testing::Values(Definition{"Plain", "a=b", "a", "b"},
-                                         Definition{"ValueWithEquals", "a=b=c", "a", "b=c"},
-                                         Definition{"NoEquals", "a", "a", ""},
-                                         Definition{"EmptyValue", "a=", "a", ""},
-                                         Definition{"EqualsOnly", "a==", "a", "="},
-                                         Definition{"Spaces", "a b= c ", "a b", " c "}),
-                         [](const auto& row) { return row.param.name; });
-
 TEST(Shell, ANullApplicationIsABugInTheOptionCallback)
 {
     EXPECT_THROW(
         (Poco::Util::OptionCallback<SNMPDiscoveryApp>(nullptr, &SNMPDiscoveryApp::handleHelp)),
         Poco::NullPointerException);
-}
-
-TEST(Shell, AConfigurationFileBesideTheExecutableIsLoaded)
-{
-    const TemporaryDirectory folder;
-    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "Community = fromfile\n";
-    Poco::AutoPtr<TestApp> application(new TestApp);
-    application->initWith({}, folder.path().string() + "/SNMPDiscovery");
-    EXPECT_FALSE(application->config().hasProperty("Community"));
-    application->initialize(*application);
-    EXPECT_EQ(application->config().getString("Community"), "fromfile");
-    application->uninitialize();
-}
-
-TEST(Shell, TheCommandLineWinsOverAConfigurationFile)
-{
-    const TemporaryDirectory folder;
-    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "Community = fromfile\n";
-    Poco::AutoPtr<TestApp> application(new TestApp);
-    application->initWith({"-c", "fromoption"}, folder.path().string() + "/SNMPDiscovery");
-    application->initialize(*application);
-    EXPECT_EQ(application->config().getString("Community"), "fromoption");
-    application->uninitialize();
-}
-
-/// Records which of the framework's stages reached it.
-class RecordingSubsystem : public Poco::Util::Subsystem
-{
-public:
-    const char* name() const override { return "recording"; }
-    void initialize(Application&) override { stages.emplace_back("initialize"); }
-    void uninitialize() override { stages.emplace_back("uninitialize"); }
-    void reinitialize(Application&) override { stages.emplace_back("reinitialize"); }
-    void defineOptions(Poco::Util::OptionSet& options) override
-    {
-        stages.emplace_back("options");
-        options.addOption(Option("recording", "r", "an option of a subsystem"));
-    }
-
-    std::vector<std::string> stages;
-};
-
-TEST(Shell, EveryStageIsForwardedToTheFramework)
-{
-    Poco::AutoPtr<TestApp> application(new TestApp);
-    Poco::AutoPtr<RecordingSubsystem> subsystem(new RecordingSubsystem);
-    application->addSubsystem(subsystem.duplicate());
-    application->initWith({});
-    application->initialize(*application);
-    application->reinitialize(*application);
-    application->uninitialize();
-    EXPECT_EQ(subsystem->stages,
-              (std::vector<std::string>{"options", "initialize", "reinitialize", "uninitialize"}));
-    // The framework's options come before the tool's.
-    EXPECT_EQ(application->options().begin()->fullName(), "recording");
 }
 
 } // namespace

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <ios>
+#include <iostream>
+#include <streambuf>
+
 /// The process entry, which app/main.cpp defines as main: this program compiles it under this name.
 int processEntry(int argc, char** argv);
 
@@ -46,8 +50,42 @@ TEST(Entry, AnExceptionFromInitIsLoggedAndEndsWith78)
     const EnvironmentGuard path("PATH", std::nullopt);
     testing::internal::CaptureStderr();
     EXPECT_EQ(enter({"SNMPDiscovery", "--help"}), 78);
-    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Not found: application.baseName\n");
     EXPECT_EQ(output.text(), "");
+}
+
+/// Makes std::cout refuse every character, and throw because of it, while it lives.
+class RefusingOutput
+{
+public:
+    RefusingOutput() : m_previous(std::cout.rdbuf(&m_refusing))
+    {
+        std::cout.exceptions(std::ios_base::badbit);
+    }
+    ~RefusingOutput()
+    {
+        std::cout.exceptions(std::ios_base::goodbit);
+        std::cout.clear();
+        std::cout.rdbuf(m_previous);
+    }
+    RefusingOutput(const RefusingOutput&) = delete;
+    RefusingOutput& operator=(const RefusingOutput&) = delete;
+
+private:
+    class Refusing : public std::streambuf
+    {}; // which has no room
+
+    Refusing m_refusing;
+    std::streambuf* m_previous;
+};
+
+TEST(Entry, AnExceptionThatIsNotPocosPassesOut)
+{
+    const FakeNetwork network;
+    for (int i = 0; i < 2; ++i) { // a second time shows that the first application is gone
+        const RefusingOutput output;
+        EXPECT_THROW(enter({"/opt/tool/SNMPDiscovery", "--help"}), std::ios_base::failure);
+    }
 }
 
 TEST(Entry, TheApplicationIsDestroyedOnEveryWayOut)

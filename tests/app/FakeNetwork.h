@@ -56,7 +56,7 @@ public:
         initialize;
     std::function<void()> open; ///< called for each session; may throw; optional
     std::function<bool(UVARNETSNMP::SNMPSession&, const Request&)> get;
-    bool mayTerminate = false;
+    std::function<void()> terminate;
 
     void record(const std::string& call);
     std::vector<std::string> calls() const;

@@ -12,9 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <iterator>
 #include <string>
 #include <thread>
@@ -237,17 +238,12 @@ TEST_F(AddIP, KeepsOneCopyOfEachAddress)
 
 TEST_F(AddIP, WaitsForTheMutex)
 {
-    std::atomic<bool> unlocked{false};
-    bool waited = false;
     application->m_mutex.lock();
-    std::thread worker([&] {
-        application->AddIP("192.0.2.9");
-        waited = unlocked;
-    });
-    unlocked = true;
+    const auto added = std::async(std::launch::async, [&] { application->AddIP("192.0.2.9"); });
+    EXPECT_EQ(added.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    EXPECT_EQ(application->m_responders, Responders{});
     application->m_mutex.unlock();
-    worker.join();
-    EXPECT_TRUE(waited);
+    added.wait();
     EXPECT_EQ(application->m_responders, Responders{"192.0.2.9"});
 }
 

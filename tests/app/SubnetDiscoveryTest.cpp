@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <memory>
 #include <thread>
@@ -15,6 +16,9 @@ using Worker = SNMPDiscoveryApp::SubnetDiscovery;
 using UVARNETSNMP::SNMPSession;
 
 namespace {
+
+/// The calls of one worker from its start to its end.
+const std::vector<std::string> asOneProbe = {"parse sysUpTime.0", "open", "close"};
 
 class SubnetDiscovery : public testing::Test
 {
@@ -74,27 +78,18 @@ TEST_F(SubnetDiscovery, BlocksItsDestroyerUntilTheWaitIsOver)
 {
     std::promise<void> release;
     const std::shared_future<void> whenReleased = release.get_future();
-    std::atomic<bool> destroyed{false};
-    std::atomic<bool> destroyedBeforeTheEnd{false};
     network.get = [&](SNMPSession&, const FakeNetwork::Request&) {
         whenReleased.wait();
-        destroyedBeforeTheEnd = destroyed.load();
         return true;
     };
     auto worker = std::make_unique<Worker>(*application, "192.0.2.255", "public");
     ASSERT_TRUE(network.waitForRequests(1));
 
-    std::promise<void> destroying;
-    std::thread destroyer([&] {
-        destroying.set_value();
-        worker.reset();
-        destroyed = true;
-    });
-    destroying.get_future().wait();
+    const auto destroyed = std::async(std::launch::async, [&] { worker.reset(); });
+    EXPECT_EQ(destroyed.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
     release.set_value();
-    destroyer.join();
-    EXPECT_FALSE(destroyedBeforeTheEnd);
-    EXPECT_EQ(network.calls(), (std::vector<std::string>{"open", "close"}));
+    destroyed.wait();
+    EXPECT_EQ(network.calls(), asOneProbe);
 }
 
 TEST_F(SubnetDiscovery, AFailedRequestIsNoError)
@@ -103,7 +98,7 @@ TEST_F(SubnetDiscovery, AFailedRequestIsNoError)
     {
         const Worker worker(*application, "192.0.2.255", "public");
     }
-    EXPECT_EQ(network.calls(), (std::vector<std::string>{"open", "close"}));
+    EXPECT_EQ(network.calls(), asOneProbe);
     EXPECT_TRUE(application->m_responders.empty());
 }
 

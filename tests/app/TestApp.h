@@ -40,14 +40,29 @@ public:
 class CapturedOutput
 {
 public:
-    CapturedOutput() : m_previous(std::cout.rdbuf(m_text.rdbuf())) {}
+    CapturedOutput() : m_previous(std::cout.rdbuf(&m_text)) {}
     ~CapturedOutput() { std::cout.rdbuf(m_previous); }
     CapturedOutput(const CapturedOutput&) = delete;
     CapturedOutput& operator=(const CapturedOutput&) = delete;
 
     std::string text() const { return m_text.str(); }
+    /// How often the stream was flushed.
+    int flushes() const { return m_text.flushes; }
 
 private:
-    std::ostringstream m_text;
+    class Buffer : public std::stringbuf
+    {
+    public:
+        int flushes = 0;
+
+    protected:
+        int sync() override
+        {
+            ++flushes;
+            return 0;
+        }
+    };
+
+    Buffer m_text;
     std::streambuf* m_previous;
 };
