@@ -12,8 +12,13 @@ constexpr std::uint16_t snmpPort = 161;
 } // namespace
 
 Agents::Agents(const Options& options, Mac own)
-    : m_options(options), m_maker(own, options.frame), m_random(options.seed)
+    : m_options(options), m_own(own), m_maker(own, options.frame), m_random(options.seed)
 {}
+
+Octets Agents::resolve(std::string_view frame) const
+{
+    return arpReply(frame, m_own, m_options.first, m_options.agents);
+}
 
 std::vector<Planned> Agents::answer(std::string_view frame)
 {
@@ -30,21 +35,30 @@ std::vector<Planned> Agents::answer(std::string_view frame)
         return {};
     }
 
+    const std::vector<unsigned> order = addressed(asker->destination);
+    const Message plain = plainAnswer(*request);
+    const double step =
+        order.size() > 1 ? m_options.spread / static_cast<double>(order.size() - 1) : 0;
+    std::vector<Planned> planned(order.size());
+    for (unsigned turn = 0; turn < order.size(); ++turn) {
+        planned[turn].due = m_options.delay + step * turn;
+        say(order[turn], plain, *asker, planned[turn].frames);
+    }
+    return planned;
+}
+
+std::vector<unsigned> Agents::addressed(std::uint32_t destination)
+{
+    if (destination - m_options.first < m_options.agents) {
+        return {destination - m_options.first};
+    }
     std::vector<unsigned> order(m_options.agents);
     std::iota(order.begin(), order.end(), 0U);
     // By hand, since the algorithm behind std::shuffle differs between libraries.
     for (unsigned left = m_options.agents; left > 1; --left) {
         std::swap(order[left - 1], order[m_random() % left]);
     }
-    const Message plain = plainAnswer(*request);
-    const double step =
-        m_options.agents > 1 ? m_options.spread / static_cast<double>(m_options.agents - 1) : 0;
-    std::vector<Planned> planned(m_options.agents);
-    for (unsigned turn = 0; turn < m_options.agents; ++turn) {
-        planned[turn].due = m_options.delay + step * turn;
-        say(order[turn], plain, *asker, planned[turn].frames);
-    }
-    return planned;
+    return order;
 }
 
 std::vector<Octets> Agents::flood()

@@ -76,6 +76,28 @@ std::optional<Arrival> readFrame(std::string_view frame)
     return found;
 }
 
+Octets arpReply(std::string_view frame, const Mac& own, std::uint32_t first, std::uint32_t count)
+{
+    constexpr std::size_t arpSize = 28;
+    // Ethernet and IPv4, with addresses of 6 and 4 octets; a request.
+    const Octets asks("\x08\x06\0\x01\x08\0\x06\x04\0\x01", 10);
+    if (frame.size() < ethernetHeader + arpSize || frame.substr(12, asks.size()) != asks) {
+        return {};
+    }
+    const std::uint32_t wanted = get32(frame, 38);
+    if (wanted - first >= count) {
+        return {};
+    }
+    Octets reply(frame.substr(6, 6));
+    reply.append(own.begin(), own.end());
+    reply += asks;
+    reply.back() = '\x02';
+    reply.append(own.begin(), own.end());
+    reply += frame.substr(38, 4);  // what was asked for speaks
+    reply += frame.substr(22, 10); // to whoever asked
+    return reply;
+}
+
 void FrameMaker::datagram(const Arrival& asker, std::uint32_t source, std::string_view payload,
                           std::vector<Octets>& frames)
 {

@@ -56,6 +56,10 @@ private:
     std::uint16_t m_identification = 0;
 };
 
+/// The ARP reply (RFC 826) that tells `own` as the hardware address of whoever `frame` asks for, if
+/// it asks for one of `count` addresses from `first` on; else empty.
+Octets arpReply(std::string_view frame, const Mac& own, std::uint32_t first, std::uint32_t count);
+
 /// The Internet checksum (RFC 1071) of `octets`.
 std::uint16_t checksum(std::string_view octets);
 

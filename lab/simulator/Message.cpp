@@ -31,19 +31,36 @@ std::optional<Message> readRequest(std::string_view datagram)
     return request;
 }
 
-Message plainAnswer(const Message& request)
+namespace {
+
+/// The value of the object `name`: a time for sysUpTime.0, a printer for hrDeviceType.1, by which
+/// CUPS tells printers, and a text for all else.
+Octets valueOf(std::string_view name)
 {
     constexpr std::int64_t ticks = 4200;
+    const Octets deviceType("\x2b\x06\x01\x02\x01\x19\x03\x02\x01\x02\x01", 11);
+    const Octets printer("\x2b\x06\x01\x02\x01\x19\x03\x01\x05", 9);
+    if (name == sysUpTime) {
+        return integer(ticks, tagTimeTicks);
+    }
+    return name == deviceType ? element(tagObjectIdentifier, printer)
+                              : element(tagOctetString, "simulated");
+}
+
+} // namespace
+
+Message plainAnswer(const Message& request)
+{
     Reader list(request.bindings);
     Reader first(list.content(tagSequence));
-    const std::string_view asked = first.content(tagObjectIdentifier);
+    const std::string_view found = first.content(tagObjectIdentifier);
+    const Octets asked = found.empty() ? sysUpTime : Octets(found);
 
     Message answer = request;
     answer.pduType = pduResponse;
     answer.errorStatus = 0;
     answer.errorIndex = 0;
-    answer.bindings =
-        binding(asked.empty() ? std::string_view(sysUpTime) : asked, integer(ticks, tagTimeTicks));
+    answer.bindings = binding(asked, valueOf(asked));
     return answer;
 }
 

@@ -30,7 +30,7 @@ struct Message
 /// The GET or GETNEXT that `datagram` holds; nothing if it holds anything else.
 std::optional<Message> readRequest(std::string_view datagram);
 
-/// The plain answer to `request`: the first object asked for, with a time.
+/// The plain answer to `request`: the first object asked for, with a value.
 Message plainAnswer(const Message& request);
 
 /// One variable binding, encoded: `name` is an encoded object identifier's content.

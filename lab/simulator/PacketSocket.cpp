@@ -1,8 +1,8 @@
 #include "lab/simulator/PacketSocket.h"
 
 #include <arpa/inet.h>
+#include <linux/if_ether.h>
 #include <linux/if_packet.h>
-#include <net/ethernet.h>
 #include <net/if.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -33,15 +33,18 @@ void require(bool good, const char* what)
 } // namespace
 
 PacketSocket::PacketSocket(const std::string& interface)
-    : m_descriptor(socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(ETHERTYPE_IP)))
+    : m_descriptor(socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0))
 {
     require(m_descriptor >= 0, "packet socket");
     ifreq request = {};
     std::strncpy(request.ifr_name, interface.c_str(), sizeof request.ifr_name - 1);
     require(ioctl(m_descriptor, SIOCGIFINDEX, &request) == 0, "index of the interface");
+    const int on = 1;
+    require(setsockopt(m_descriptor, SOL_PACKET, PACKET_IGNORE_OUTGOING, &on, sizeof on) == 0,
+            "what others send only");
     sockaddr_ll address = {};
     address.sll_family = AF_PACKET;
-    address.sll_protocol = htons(ETHERTYPE_IP);
+    address.sll_protocol = htons(ETH_P_ALL);
     address.sll_ifindex = request.ifr_ifindex;
     require(bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0,
             "bind to the interface");

@@ -37,6 +37,10 @@ public:
             const Octets frame = m_socket.receive(wait());
             const Clock::time_point now = Clock::now();
             if (!frame.empty()) {
+                const Octets resolved = m_agents.resolve(frame);
+                if (!resolved.empty()) {
+                    m_socket.send({resolved});
+                }
                 for (Simulator::Planned& each : m_agents.answer(frame)) {
                     const auto due =
                         std::chrono::duration_cast<Clock::duration>(Milliseconds(each.due));

@@ -20,7 +20,8 @@ constexpr std::uint32_t firstAddress = 0xc6120100; // 198.18.1.0
 constexpr std::uint16_t hostPort = 40000;
 
 /// A frame with a request as the host broadcasts it.
-Octets request(std::int64_t identifier, const Octets& community = "public")
+Octets request(std::int64_t identifier, const Octets& community = "public",
+               std::uint32_t destination = 0xc6127fff)
 {
     Message message;
     message.community = community;
@@ -32,7 +33,7 @@ Octets request(std::int64_t identifier, const Octets& community = "public")
     // The maker speaks from port 161 to the asker; asker and agents swap places here.
     Arrival reversed;
     reversed.sender = own;
-    reversed.source = 0xc6127fff;
+    reversed.source = destination;
     reversed.sourcePort = 161;
     reversed.destinationPort = hostPort;
     std::vector<Octets> frames;
@@ -69,6 +70,37 @@ TEST(Agents, EachAnswersOnceFromItsOwnAddress)
     EXPECT_EQ(sources.size(), 300U);
     EXPECT_EQ(*sources.begin(), firstAddress);
     EXPECT_EQ(*sources.rbegin(), firstAddress + 299);
+}
+
+TEST(Agents, OnlyTheOneThatIsAddressedAnswers)
+{
+    Agents agents(plainOptions(300), own);
+    const std::vector<Planned> planned = agents.answer(request(7, "public", firstAddress + 299));
+    ASSERT_EQ(planned.size(), 1U);
+    EXPECT_EQ(readFrame(planned[0].frames.at(0))->source, firstAddress + 299);
+}
+
+TEST(Agents, TellTheirHardwareAddress)
+{
+    const Agents agents(plainOptions(300), own);
+    const auto question = [](unsigned char lastOctets) {
+        return Octets("\xff\xff\xff\xff\xff\xff\x02\0\0\0\0\x01\x08\x06" // to all, from the host
+                      "\0\x01\x08\0\x06\x04\0\x01"                       // an ARP request
+                      "\x02\0\0\0\0\x01\xc6\x12\0\x01"                   // host, 198.18.0.1
+                      "\0\0\0\0\0\0\xc6\x12",
+                      40) +
+               Octets({static_cast<char>(lastOctets), '\x2b'}); // asks for 198.18.X.43
+    };
+    EXPECT_EQ(agents.resolve(question(2)),
+              Octets("\x02\0\0\0\0\x01\x02\0\0\0\0\x02\x08\x06" // to the host
+                     "\0\x01\x08\0\x06\x04\0\x02"               // an ARP reply
+                     "\x02\0\0\0\0\x02\xc6\x12\x02\x2b"         // agent, 198.18.2.43
+                     "\x02\0\0\0\0\x01\xc6\x12\0\x01",
+                     42));
+    EXPECT_EQ(agents.resolve(question(0)), "") << "the address below is another's";
+    EXPECT_EQ(agents.resolve(question(3)), "") << "and so is the one above";
+    EXPECT_EQ(agents.resolve(question(2).substr(0, 41)), "");
+    EXPECT_EQ(agents.resolve(request(7)), "");
 }
 
 TEST(Agents, AnswerInAnotherOrderEachTime)

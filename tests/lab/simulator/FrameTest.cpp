@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -204,6 +205,29 @@ TEST(Options, WhatIsRefused)
         EXPECT_FALSE(readOptions(row, error));
         EXPECT_NE(error, "");
     }
+}
+
+TEST(Message, AnswersWithTheObjectAskedFor)
+{
+    const Octets sysDescr("\x2b\x06\x01\x02\x01\x01\x01\0", 8);
+    const Octets deviceType("\x2b\x06\x01\x02\x01\x19\x03\x02\x01\x02\x01");
+    const Octets printer("\x2b\x06\x01\x02\x01\x19\x03\x01\x05");
+    const std::pair<Octets, Octets> rows[] = {
+        {sysUpTime, integer(4200, tagTimeTicks)},
+        {sysDescr, element(tagOctetString, "simulated")},
+        {deviceType, element(tagObjectIdentifier, printer)},
+    };
+    for (const auto& [name, value] : rows) {
+        Message request;
+        request.pduType = pduGet;
+        request.errorIndex = 10;
+        request.bindings = binding(name, element(tagNull, ""));
+        const Message answer = plainAnswer(request);
+        EXPECT_EQ(answer.bindings, binding(name, value));
+        EXPECT_EQ(answer.pduType, pduResponse);
+        EXPECT_EQ(answer.errorIndex, 0);
+    }
+    EXPECT_EQ(plainAnswer(Message()).bindings, binding(sysUpTime, integer(4200, tagTimeTicks)));
 }
 
 TEST(Message, WhatIsNoRequest)
