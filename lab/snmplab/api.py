@@ -11,7 +11,9 @@ import sys
 import tempfile
 from typing import List, Mapping, Optional, Sequence, Tuple, Union
 
+from . import LabError
 from . import capture as capturing
+from .agents import python_program
 
 LAB = pathlib.Path(__file__).resolve().parent.parent / "lab"
 
@@ -60,3 +62,19 @@ def run_in_lab(
             seconds = json.loads(report.read_text("ascii"))["seconds"]
         found = capturing.load(packets) if packets.exists() else []
     return Outcome(done.returncode, done.stdout, done.stderr, seconds, tuple(found))
+
+
+def observe_in_lab(
+    topology: Union[str, Mapping],
+    command: Sequence[str],
+    *,
+    seconds: float = 60,
+    env: Optional[Mapping[str, str]] = None,
+) -> dict:
+    """Runs `command` on the host of `topology`, `seconds` at most, and returns what it
+    cost: see observer.observe. Raises LabError when the lab fails."""
+    line = python_program("observer", str(seconds), *command)
+    outcome = run_in_lab(topology, line, env=env, timeout=seconds + 120)
+    if outcome.code != 0:
+        raise LabError(outcome.err.decode("utf-8", "replace"))
+    return json.loads(outcome.out)

@@ -1,0 +1,43 @@
+"""Runs of the tool and of others in the private test network, with what they cost."""
+
+import json
+import pathlib
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "lab"))
+
+from snmplab import api  # noqa: E402  (beside the folder above)
+
+
+def observe(topology, command, seconds=30.0, env=None):
+    """What became of `command` on the host of `topology`: see snmplab.observer."""
+    return api.observe_in_lab(topology, list(map(str, command)), seconds=seconds, env=env)
+
+
+def found(result):
+    """The addresses in the tool's document."""
+    return {entry["hostname"] for entry in json.loads(result["out"])}
+
+
+def campus(simulator, *options, prefix=17):
+    """A host in one subnet with simulated agents; the address of the simulator itself is one
+    where no agent is."""
+    network, own, number = {
+        17: ("198.18.0.0/17", "198.18.0.1", "198.18.0.2"),
+        24: ("192.0.2.0/24", "192.0.2.1", "192.0.2.2"),
+    }[prefix]
+    return {
+        "subnets": {"campus": network},
+        "host": {
+            "interfaces": [{"name": "eth0", "subnet": "campus", "addresses": own}]
+        },
+        "agents": [
+            {
+                "name": "storm",
+                "kind": "program",
+                "addresses": {"campus": number},
+                "command": [str(simulator), *map(str, options)],
+            }
+        ],
+    }

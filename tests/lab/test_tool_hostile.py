@@ -1,0 +1,233 @@
+"""Networks that mean harm, or have bad luck: the well-formed responders and only they
+are in the document, the run ends when it always does, and memory stays bounded.
+
+A well-formed responder is whoever sends a message that Net-SNMP parses as SNMPv1, with
+the request's identifier in it: its PDU's type, error-status, community and sender's
+address do not matter, as in SNMPSession::Get.
+"""
+
+import concurrent.futures
+import ipaddress
+import json
+import os
+import shutil
+import sys
+import unittest
+
+import harness
+from tool import EXIT_CODE, ToolTest, simulator
+
+from snmplab import api
+
+FIRST = ipaddress.ip_address("198.18.16.0")  # of the hostile agents
+GOOD = {f"198.18.1.{number}" for number in range(20)}
+
+# Seconds that a hostile network may add to a run, and what a busy machine may.
+MORE = 0.2
+MORE_WHEN_BUSY = 3.0
+
+# Kilobytes of resident memory that it may add: the response PDUs, which are kept.
+MORE_MEMORY = 12000
+# And what each of two workers holds of a datagram of 60 kB full of variable bindings while
+# it is read, twice: as Net-SNMP parsed it, and the copy for the callback.
+MORE_MEMORY_FOR_LARGE = 40000
+
+
+def numbers(*wanted):
+    """The addresses of the hostile agents with these numbers."""
+    return {str(FIRST + number) for number in wanted}
+
+
+def network(*options, first=FIRST):
+    """A host, twenty plain agents, and hostile ones if there are `options`."""
+    plain = ["--first", "198.18.1.0", "--agents", "20"]
+    agents = [("plain", "198.18.0.2", plain)]
+    if options:
+        agents.append(("hostile", "198.18.0.3", ["--first", str(first), *options]))
+    interface = {"name": "eth0", "subnet": "campus", "addresses": "198.18.0.1"}
+    return {
+        "subnets": {"campus": "198.18.0.0/17"},
+        "host": {"interfaces": [interface]},
+        "agents": [
+            {
+                "name": name,
+                "kind": "program",
+                "addresses": {"campus": address},
+                "command": [simulator(), *arguments],
+            }
+            for name, address, arguments in agents
+        ],
+    }
+
+
+def listed(result):
+    """The addresses in the document, which must be one."""
+    return {each["hostname"] for each in json.loads(result["out"])}
+
+
+class Hostile(ToolTest):
+    more_memory = MORE_MEMORY
+
+    def setUp(self):
+        super().setUp()
+        octets = self.tool.read_bytes()
+        self.sanitized = b"__asan_init" in octets or b"__tsan_init" in octets
+
+    def run_beside_a_quiet_one(self, topology, command=None):
+        """Runs the tool in `topology`, and at the same time in a network without hostile
+        agents, which shows what the machine makes of a run just now. Checks everything
+        but the document."""
+        command = command or [str(self.tool)]
+        with concurrent.futures.ThreadPoolExecutor(2) as pool:
+            quiet = pool.submit(api.observe_in_lab, network(), [str(self.tool)])
+            result = api.observe_in_lab(topology, command)
+            quiet = quiet.result()
+        self.assertEqual(listed(quiet), GOOD)
+        self.assertEqual(result["code"], EXIT_CODE, result["err"][-2000:])
+        busy = os.getloadavg()[0] > os.cpu_count()
+        if busy:
+            print("a busy machine: the time is hardly checked", file=sys.stderr)
+        more = result["seconds"] - quiet["seconds"]
+        self.assertLess(more, MORE_WHEN_BUSY if busy else MORE)
+        if not self.sanitized:  # a sanitizer keeps what was freed
+            self.assertLess(result["memory"] - quiet["memory"], self.more_memory)
+        return result
+
+    def found(self, behaviour, agents, *options):
+        """The hostile agents in the document; the plain ones are checked to be."""
+        topology = network("--behaviour", behaviour, "--agents", str(agents), *options)
+        found = listed(self.run_beside_a_quiet_one(topology))
+        self.assertEqual(GOOD - found, set())
+        return found - GOOD
+
+    def test_truncated_at_every_length(self):
+        self.assertEqual(self.found("truncated", 60), set())
+
+    def test_random_octets_of_every_length(self):
+        self.assertEqual(self.found("random", 1473), set())
+
+    def test_mutated_answers(self):
+        # Some of them are answers still, so there is no telling which are listed.
+        everyone = numbers(*range(2000))
+        self.assertEqual(self.found("mutated", 2000) - everyone, set())
+
+    def test_another_request_identifier(self):
+        self.assertEqual(self.found("request-id", 12), set())
+
+    def test_another_version(self):
+        self.assertEqual(self.found("version", 14), set())
+
+    def test_another_community_is_an_answer_unless_it_is_too_long_for_net_snmp(self):
+        fits = set(range(12)) - {4, 10}  # 2,000 octets
+        self.assertEqual(self.found("community", 12), numbers(*fits))
+
+    def test_an_error_status_is_an_answer(self):
+        self.assertEqual(self.found("error-status", 20), numbers(*range(20)))
+
+    def test_empty_datagrams(self):
+        self.assertEqual(self.found("empty", 200), set())
+
+    def test_every_pdu_type_with_a_request_identifier_is_an_answer(self):
+        # GET to REPORT, without the SNMPv1 trap (4), which has none, and what is undefined.
+        answers = {0, 1, 2, 3, 5, 6, 7, 8}
+        expected = answers | {16 + each for each in answers}
+        self.assertEqual(self.found("pdu-type", 32), numbers(*expected))
+
+    def test_sequences_thousands_deep(self):
+        self.assertEqual(self.found("deep", 300, "--spread", "500"), set())
+
+    def test_indefinite_lengths(self):
+        self.assertEqual(self.found("indefinite", 40), set())
+
+    def test_lengths_beyond_the_end(self):
+        self.assertEqual(self.found("overlong", 70), set())
+
+    def test_junk_behind_an_answer_is_not_looked_at(self):
+        self.assertEqual(self.found("trailing", 50), numbers(*range(50)))
+
+    def test_port_unreachable(self):
+        self.assertEqual(self.found("unreachable", 50), set())
+
+    def test_60_kilobytes_of_bindings_from_each_of_200(self):
+        # One after the other: a buffer of 4 MB holds some 80 such datagrams.
+        self.more_memory = MORE_MEMORY_FOR_LARGE
+        options = ("--spread", "2500")
+        self.assertEqual(self.found("large", 200, *options), numbers(*range(200)))
+
+    def test_hundreds_of_copies(self):
+        found = self.found("plain", 20, "--copies", "300")
+        self.assertEqual(found, numbers(*range(20)))
+
+    def test_a_flood_of_junk_for_the_whole_run(self):
+        # Rather less than would fill a buffer of 208 kB before it is read.
+        found = self.found("random", 1000, "--flood", "5000", "--ignore", "1000")
+        self.assertEqual(found, set())
+
+    def test_a_flood_of_mutated_answers_for_the_whole_run(self):
+        found = self.found("mutated", 200, "--flood", "2000")
+        self.assertEqual(found - numbers(*range(200)), set())
+
+    def test_answers_shortly_before_the_deadline(self):
+        # Of five seconds after each of the two requests.
+        found = self.found("plain", 50, "--delay", "4000")
+        self.assertEqual(found, numbers(*range(50)))
+
+    def test_answers_at_the_deadline_may_be_listed_or_not(self):
+        found = self.found("plain", 50, "--delay", "4990", "--spread", "20")
+        self.assertEqual(found - numbers(*range(50)), set())
+
+    def test_answers_after_the_deadline(self):
+        self.assertEqual(self.found("plain", 50, "--delay", "6000"), set())
+
+    def test_answers_to_the_resend_only(self):
+        found = self.found("plain", 50, "--ignore", "1")
+        self.assertEqual(found, numbers(*range(50)))
+
+    def test_a_neighbour_with_an_address_outside_the_subnet_is_listed(self):
+        topology = network("--agents", "3", first="203.0.113.7")
+        found = listed(self.run_beside_a_quiet_one(topology))
+        outside = {f"203.0.113.{number}" for number in (7, 8, 9)}
+        self.assertEqual(found, GOOD | outside)
+
+    def test_an_interface_that_goes_down_in_the_middle(self):
+        # After the answers to the first requests; the second cannot even be sent.
+        script = '(sleep 1; ip link set eth0 down) & exec "$0"'
+        command = ["sh", "-c", script, str(self.tool)]
+        topology = network("--agents", "1")
+        result = self.run_beside_a_quiet_one(topology, command)
+        self.assertEqual(listed(result), GOOD | numbers(0))
+
+    def test_an_interface_that_loses_its_address_in_the_middle(self):
+        script = '(sleep 1; ip address flush dev eth0) & exec "$0"'
+        command = ["sh", "-c", script, str(self.tool)]
+        topology = network("--agents", "1")
+        result = self.run_beside_a_quiet_one(topology, command)
+        self.assertEqual(listed(result), GOOD | numbers(0))
+
+    def test_all_at_once_under_valgrind(self):
+        if shutil.which("valgrind") is None:
+            harness.skip("valgrind is not installed")
+        if self.sanitized:
+            harness.skip("valgrind cannot run what has a sanitizer")
+        topology = network("--behaviour", "plain", "--agents", "2", "--copies", "20")
+        kinds = ("truncated 60", "random 200", "mutated 500", "deep 60", "indefinite 8")
+        kinds += ("overlong 14", "pdu-type 32", "large 4", "community 12", "version 14")
+        for number, kind in enumerate(kinds):
+            name, agents = kind.split()
+            options = ["--first", f"198.19.{number}.0", "--agents", agents]
+            topology["agents"].append(
+                {
+                    "name": f"wild-{number}",
+                    "kind": "program",
+                    "addresses": {"campus": f"198.18.0.{10 + number}"},
+                    "command": [simulator(), *options, "--behaviour", name],
+                }
+            )
+        valgrind = ["valgrind", "--quiet", "--error-exitcode=99"]
+        result = api.observe_in_lab(topology, [*valgrind, str(self.tool)], seconds=120)
+        self.assertEqual(result["code"], EXIT_CODE, result["err"][-4000:])
+        self.assertEqual((GOOD | numbers(0, 1)) - listed(result), set())
+
+
+if __name__ == "__main__":
+    unittest.main()
