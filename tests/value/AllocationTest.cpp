@@ -1,71 +1,14 @@
+#include "tests/value/CountedNew.h"
 #include "tests/value/ValueTestHelpers.h"
 #include "value/Value.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 
-// What happens when memory runs out, with this program's own operator new, which can be told to
-// fail.
+// What happens when memory runs out.
 
 namespace {
-
-/// How many more allocations of this thread succeed; negative for all.
-thread_local long allocationsLeft = -1;
-/// How many allocations of this thread are not yet freed.
-thread_local long allocated = 0;
-
-void* allocate(std::size_t size)
-{
-    if (allocationsLeft == 0) {
-        throw std::bad_alloc();
-    }
-    if (allocationsLeft > 0) {
-        --allocationsLeft;
-    }
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): what operator new is made of
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (!memory) {
-        throw std::bad_alloc();
-    }
-    ++allocated;
-    return memory;
-}
-
-void release(void* memory) noexcept
-{
-    if (memory) {
-        --allocated;
-    }
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc): what operator delete is made of
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    release(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    release(memory);
-}
-
-namespace {
-
-class AllocationLimit
-{
-public:
-    explicit AllocationLimit(long count) { allocationsLeft = count; }
-    AllocationLimit(const AllocationLimit&) = delete;
-    AllocationLimit& operator=(const AllocationLimit&) = delete;
-    ~AllocationLimit() { allocationsLeft = -1; }
-};
 
 Value document()
 {
@@ -82,7 +25,7 @@ void failEachAllocation(const Value& source, Body body)
 {
     const std::string before = source.to_json();
     for (long count = 0;; ++count) {
-        const long allocatedBefore = allocated;
+        const long unfreedBefore = Allocations::current().unfreed;
         bool passed = false;
         try {
             const AllocationLimit limit(count);
@@ -91,7 +34,7 @@ void failEachAllocation(const Value& source, Body body)
         } catch (const std::bad_alloc&) {
             passed = false;
         }
-        ASSERT_EQ(allocated, allocatedBefore) << count;
+        ASSERT_EQ(Allocations::current().unfreed, unfreedBefore) << count;
         ASSERT_EQ(source.to_json(), before) << count;
         if (passed) {
             EXPECT_GT(count, 0) << "nothing was allocated, so nothing was tested";

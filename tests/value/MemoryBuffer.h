@@ -35,13 +35,15 @@ inline constexpr BufferKind bufferKinds[] = {
     {"UnbufferedThrowsFailure", 0, BufferKind::End::ThrowsFailure},
 };
 
-/// A stream buffer over bytes in memory that tells how many were consumed.
+/// A stream buffer over bytes in memory that tells how many of them were consumed.
 class MemoryBuffer : public std::streambuf
 {
 public:
     /// Keeps a copy of `bytes`.
     MemoryBuffer(std::string_view bytes, BufferKind kind) : m_bytes(bytes), m_kind(kind) {}
 
+    /// How many the stream has seen: those consumed and those in the get area.
+    std::size_t taken() const { return m_next; }
     std::size_t consumed() const { return m_next - static_cast<std::size_t>(egptr() - gptr()); }
 
 protected:

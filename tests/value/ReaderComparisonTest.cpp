@@ -41,12 +41,13 @@ TEST_P(ReaderComparisonTest, AgreesOnEveryCaseCutOffAnywhere)
     }
 }
 
-TEST_P(ReaderComparisonTest, AgreesOnTwoBytesOfAnyKind)
+TEST_P(ReaderComparisonTest, AgreesOnEveryByteAfterEveryBeginning)
 {
-    for (int first = 0; first < 256; ++first) {
-        for (int second = 0; second < 256; ++second) {
-            const std::string bytes{static_cast<char>(first), static_cast<char>(second)};
-            ASSERT_TRUE(agree(bytes));
+    for (const std::string beginning :
+         {"",  "[",  "[1",  "{",  "{\"a\"", "{\"a\":", "\"", "\"\\", "\"\\u", "-", "0",
+          "1", "1.", "1.5", "1e", "1e+",    "1e5",     "t",  "n",    " ",     "[]"}) {
+        for (int byte = 0; byte < 256; ++byte) {
+            ASSERT_TRUE(agree(beginning + static_cast<char>(byte)));
         }
     }
 }
@@ -54,7 +55,7 @@ TEST_P(ReaderComparisonTest, AgreesOnTwoBytesOfAnyKind)
 TEST_P(ReaderComparisonTest, AgreesOnRandomDocuments)
 {
     RandomDocument random(20061);
-    for (int count = 0; count < 3000; ++count) {
+    for (int count = 0; count < 1000; ++count) {
         const std::string strict = random.strict();
         const std::string odd = random.odd();
         ASSERT_TRUE(agree(strict));

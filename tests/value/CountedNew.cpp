@@ -1,0 +1,66 @@
+#include "tests/value/CountedNew.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local long allocationsLeft = -1; ///< negative for all
+thread_local Allocations allocations{0, 0, 0};
+
+void* allocate(std::size_t size)
+{
+    if (allocationsLeft == 0) {
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): what operator new is made of
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (!memory) {
+        throw std::bad_alloc();
+    }
+    ++allocations.count;
+    ++allocations.unfreed;
+    allocations.bytes += size;
+    return memory;
+}
+
+void release(void* memory) noexcept
+{
+    if (memory) {
+        --allocations.unfreed;
+    }
+    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc): what operator delete is made of
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    release(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    release(memory);
+}
+
+Allocations Allocations::current() noexcept
+{
+    return allocations;
+}
+
+AllocationLimit::AllocationLimit(long count) noexcept
+{
+    allocationsLeft = count;
+}
+
+AllocationLimit::~AllocationLimit()
+{
+    allocationsLeft = -1;
+}

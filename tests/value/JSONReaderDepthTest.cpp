@@ -1,0 +1,165 @@
+#include "tests/value/ReaderTestHelpers.h"
+#include "tests/value/ValueTestHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+// Documents nested a million levels deep, read on a small stack, and everything that can then be
+// done with what was read.
+
+namespace {
+
+constexpr std::size_t deep = 1000000;
+
+std::string repeat(std::string_view text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    for (; count > 0; --count) {
+        all += text;
+    }
+    return all;
+}
+
+struct DeepDocument
+{
+    const char* name;
+    std::string_view opening; ///< of one level
+    std::string_view closing;
+    std::size_t levels;
+
+    std::string text() const { return repeat(opening, levels) + "7" + repeat(closing, levels); }
+};
+
+std::ostream& operator<<(std::ostream& os, const DeepDocument& row)
+{
+    return os << row.name;
+}
+
+Value read(const std::string& text, std::string* unread = nullptr)
+{
+    std::istringstream in(text);
+    Value value = Value::parse_json(in);
+    if (unread) {
+        *unread = drain(in);
+    }
+    return value;
+}
+
+class JSONReaderDepthTest : public testing::TestWithParam<DeepDocument>
+{};
+
+TEST_P(JSONReaderDepthTest, IsReadAndWritten)
+{
+    runOnSmallStack([] {
+        const std::string text = GetParam().text();
+        std::string unread;
+        EXPECT_TRUE(read(text + " rest", &unread).to_json() == text);
+        EXPECT_EQ(unread, " rest");
+    });
+}
+
+TEST_P(JSONReaderDepthTest, GivesNilWhenCutOff)
+{
+    runOnSmallStack([] {
+        const std::string text = GetParam().text();
+        const std::size_t innermost = GetParam().opening.size() * GetParam().levels;
+        for (const std::size_t length : {innermost, innermost + 1, text.size() - 1}) {
+            EXPECT_EQ(read(text.substr(0, length)).kind(), Value::Kind::Nil) << length;
+        }
+    });
+}
+
+TEST_P(JSONReaderDepthTest, GivesNilWhenBadDeepInside)
+{
+    runOnSmallStack([] {
+        std::string text = GetParam().text();
+        text.replace(GetParam().opening.size() * GetParam().levels, 1, "x");
+        std::string unread;
+        EXPECT_EQ(read(text, &unread).kind(), Value::Kind::Nil);
+        EXPECT_EQ(unread.substr(0, 1), "x");
+        // The outermost bracket is closed by the wrong one.
+        text = GetParam().text();
+        text.back() = text.back() == ']' ? '}' : ']';
+        EXPECT_EQ(read(text, &unread).kind(), Value::Kind::Nil);
+        EXPECT_EQ(unread.size(), 1U);
+    });
+}
+
+TEST_P(JSONReaderDepthTest, IsUsedAfterReading)
+{
+    runOnSmallStack([] {
+        const std::string text = GetParam().text();
+        Value source = read(text);
+        const Value copy = source;
+        Value target = read(text);
+        target = copy;
+        source = nullptr;
+        EXPECT_TRUE(target.to_json() == text);
+        EXPECT_FALSE(target.to_s().empty());
+        EXPECT_TRUE(target.to_b());
+        EXPECT_EQ(target.to_i(), 0);
+        EXPECT_EQ(target.to_l(), 0);
+        EXPECT_EQ(target.to_f(), 0.0);
+        EXPECT_FALSE(target.to_a().empty());
+        EXPECT_EQ(target.to_h().empty(), target.kind() == Value::Kind::Array);
+        Value::Hash hash = read("{\"k\":" + text + "}").to_h();
+        Value::merge_hash_entry(hash, {"k", copy});
+        Value::merge_hash_entry(hash, {"l", copy});
+        EXPECT_TRUE(Value::extract(hash, "l").to_json() == text);
+        Value::merge_hash_entry(hash, {"l", nullptr});
+        EXPECT_EQ(hash.size(), 1U);
+    });
+}
+
+TEST_P(JSONReaderDepthTest, IsReplacedByAMemberOfTheSameName)
+{
+    runOnSmallStack([] {
+        const std::string text = GetParam().text();
+        EXPECT_EQ(describe(read("{\"a\":" + text + ",\"a\":1}")), "hash{a: long 1}");
+        EXPECT_TRUE(read("{\"a\":1,\"a\":" + text + "}").to_json() == "{\"a\":" + text + "}");
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Deep, JSONReaderDepthTest,
+                         testing::Values(DeepDocument{"Arrays", "[", "]", deep},
+                                         DeepDocument{"Hashes", "{\"k\":", "}", deep},
+                                         DeepDocument{"Mixed", "[{\"k\":", "}]", deep / 2},
+                                         DeepDocument{"WithSiblings", "[1,{\"a\":[],\"k\":",
+                                                      ",\"z\":{}},\"s\"]", deep / 10}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(JSONReaderDepthTest, OnlyOpeningBracketsGiveNil)
+{
+    runOnSmallStack([] {
+        for (const std::string_view opening :
+             {"[", "{\"a\":", "[\n", "{\"b\",\"a\":", "{\"a\":["}) {
+            EXPECT_EQ(read(repeat(opening, deep)).kind(), Value::Kind::Nil) << opening;
+        }
+        EXPECT_EQ(read(repeat("[", deep) + repeat("]", deep - 1)).kind(), Value::Kind::Nil);
+    });
+}
+
+TEST(JSONReaderDepthTest, WhiteSpaceAndBareNamesAtEveryLevel)
+{
+    runOnSmallStack([] {
+        const std::string text =
+            repeat("[ { \"x\" , \"k\"\v:\f", deep / 4) + "[]" + repeat(" , \"y\" }\n]\r", deep / 4);
+        EXPECT_TRUE(read(text).to_json() ==
+                    repeat("[{\"k\":", deep / 4) + "[]" + repeat("}]", deep / 4));
+    });
+}
+
+/// Much that is wide inside much that is deep: nothing is walked through more than once.
+TEST(JSONReaderDepthTest, ManyDeepOnesSideBySide)
+{
+    runOnSmallStack([] {
+        std::string branch = repeat("[{\"k\":", 500) + "1" + repeat("}]", 500);
+        const std::string wide = "[" + repeat(branch + ",", 200) + branch + "]";
+        const std::string text = repeat("[", 1000) + wide + repeat("]", 1000);
+        EXPECT_TRUE(read(text).to_json() == text);
+    });
+}
+
+} // namespace
