@@ -1,0 +1,142 @@
+"""The bundle: what is in it, and that it runs, moved, on minimal Debian systems that have
+neither POCO nor Net-SNMP, with nothing of either from anywhere else."""
+
+import hashlib
+import os
+import pathlib
+import re
+import tarfile
+import unittest
+
+import roots
+import shipping
+from shipping import ROOT, run
+
+# What may come from the system: the C and C++ runtime and the loader.
+RUNTIME = re.compile(
+    r"(lib(c|m|dl|rt|pthread|resolv|gcc_s|stdc\+\+)\.so\.[0-9]+|ld-linux.*\.so\.[0-9]+"
+    r"|linux-vdso.*)$"
+)
+
+# Unpacks the bundle to a folder with a blank in its name, makes sure that the system has
+# nothing of the kind, and runs the tool as nobody with the loader's trace on.
+TRY = r"""
+set -e
+for place in /usr/lib/*/libPoco* /usr/lib/*/libnetsnmp* /etc/snmp /usr/share/snmp; do
+    if [ -e "$place" ]; then echo "$place is there" >&2; exit 1; fi
+done
+mkdir "/opt/some where"
+tar -C "/opt/some where" -xzf /mnt/*.tar.gz
+cd /
+set -- "/opt/some where"/SNMPDiscovery-*/SNMPDiscovery
+status=0
+setpriv --reuid 65534 --regid 65534 --clear-groups sh -c \
+    'LD_DEBUG=libs LD_DEBUG_OUTPUT=/tmp/trace exec "$1"' sh "$1" || status=$?
+sed 's/^/trace: /' /tmp/trace.* >&2
+exit $status
+"""
+
+
+def loaded(err):
+    """The libraries that a loader's trace says were initialised, by name."""
+    paths = re.findall(r"calling init: (/.*)$", err.decode(), re.MULTILINE)
+    return {pathlib.Path(path).name: path for path in paths}
+
+
+class Bundle(shipping.LabTest):
+    @classmethod
+    def setUpClass(cls):
+        shipping.require("readelf", "gzip", "tar")
+        cls.build = shipping.build_folder()
+        cls.dist = shipping.work_folder("dist")
+        said = run(ROOT / "scripts/bundle", "--build", cls.build, "--output", cls.dist)
+        cls.archive = pathlib.Path(said.splitlines()[-1])
+        cls.folder = cls.archive.parent / cls.archive.name[: -len(".tar.gz")]
+        cls.libraries = {
+            line.split()[0]: line.split()[1:]
+            for line in (cls.folder / "licences/LIBRARIES").read_text().splitlines()
+        }
+
+    def assert_ran_from(self, place, outcome):
+        """The document is right, and each library came from the folder `place`, or is of
+        the C and C++ runtime."""
+        self.assertEqual(outcome.out, shipping.DEMO_DOCUMENT, outcome.err)
+        self.assertTrue(shipping.asks_for_up_time(outcome))
+        found = loaded(outcome.err)
+        for name, path in found.items():
+            if not RUNTIME.match(name):
+                self.assertTrue(path.startswith(place), path)
+        self.assertLessEqual(set(self.libraries), set(found))
+        for line in outcome.err.decode().splitlines():
+            self.assertRegex(line, r"^(trace: |Created directory: )")
+
+    def test_a_minimal_debian_12(self):
+        self.try_on("bookworm")
+
+    def test_a_minimal_debian_13(self):
+        self.try_on("trixie")
+
+    def try_on(self, suite):
+        roots.require_root()
+        command = roots.enter(roots.debian(suite), self.dist, "sh", "-c", TRY)
+        outcome = self.in_lab("demo", *command, code=64, capture=True)
+        self.assert_ran_from(f"/opt/some where/{self.folder.name}/", outcome)
+
+    def test_libraries_of_the_system_do_not_come_in_between(self):
+        # This machine has them all; even told where, the loader prefers the bundle's.
+        place = re.search(r"libPocoNet\S* => (/\S+)/", run("ldd", self.build / "SNMPDiscovery"))
+        script = 'LD_LIBRARY_PATH=$1 LD_DEBUG=libs LD_DEBUG_OUTPUT=$TMPDIR/t "$2" || s=$?'
+        script += '; sed "s/^/trace: /" "$TMPDIR"/t.* >&2; exit $s'
+        program = self.folder / "SNMPDiscovery"
+        command = ["sh", "-c", script, "sh", place.group(1), program]
+        outcome = self.in_lab("demo", *command, code=64, capture=True)
+        self.assert_ran_from(f"{self.folder}/", outcome)
+
+    def test_its_launcher_can_be_linked_to(self):
+        link = shipping.work_folder("bundle-link") / "SNMPDiscovery"
+        link.symlink_to(self.folder / "bin/SNMPDiscovery")
+        self.assert_discovers_demo(link)
+
+    def test_all_that_is_needed_is_carried_and_no_runtime(self):
+        programs = [self.folder / "SNMPDiscovery", *self.folder.glob("*.so*")]
+        self.assertGreaterEqual(len(programs), 6)
+        needed = set()
+        for program in programs:
+            listed = run("readelf", "-d", program)
+            needed.update(re.findall(r"\(NEEDED\).*\[(.*)\]", listed))
+        for name in needed:
+            carried = (self.folder / name).exists()
+            self.assertNotEqual(carried, bool(RUNTIME.match(name)), name)
+        self.assertEqual({n for n in needed if not RUNTIME.match(n)}, set(self.libraries))
+
+    def test_modules_documents_and_licences_are_there(self):
+        modules = {path.name: path.read_bytes() for path in (ROOT / "mibs").glob("*.txt")}
+        carried = {p.name: p.read_bytes() for p in (self.folder / "mibs").iterdir()}
+        self.assertEqual(carried, modules)
+        for name in ("README.md", "LICENSE", "SNMPDiscovery.1"):
+            self.assertTrue((self.folder / "doc" / name).is_file(), name)
+        for package, version in self.libraries.values():
+            self.assertTrue((self.folder / f"licences/{package}.txt").is_file(), package)
+            self.assertTrue(version)
+        self.assertTrue((self.folder / "licences/Apache-2.0").is_file())  # of OpenSSL
+
+    def test_the_archive_holds_the_folder_and_can_be_made_again(self):
+        with tarfile.open(self.archive) as archive:
+            members = archive.getmembers()
+        top = {pathlib.PurePath(each.name).parts[0] for each in members}
+        self.assertEqual(top, {self.folder.name})
+        self.assertEqual({each.uid for each in members}, {0})
+        before = hashlib.sha256(self.archive.read_bytes()).hexdigest()
+        again = shipping.work_folder("dist-again")
+        said = run(ROOT / "scripts/bundle", "--build", self.build, "--output", again)
+        after = pathlib.Path(said.splitlines()[-1]).read_bytes()
+        self.assertEqual(hashlib.sha256(after).hexdigest(), before)
+
+    def test_sizes_are_told(self):
+        size = sum(os.lstat(p).st_size for p in self.folder.rglob("*") if p.is_file())
+        print(f"bundle: {size} octets, {self.archive.stat().st_size} packed", flush=True)
+        self.assertLess(size, 20_000_000)
+
+
+if __name__ == "__main__":
+    unittest.main()
