@@ -27,6 +27,7 @@ mount -t overlay overlay \
     -o "lowerdir=$root,upperdir=$upper/upper,workdir=$upper/work" "$upper/root"
 mount --bind "$given" "$upper/root/mnt"
 mount -o remount,bind,ro "$upper/root/mnt"
+if [ -e /etc/resolv.conf ]; then cp -L /etc/resolv.conf "$upper/root/etc/"; fi
 mount -t proc proc "$upper/root/proc"
 mount --bind /dev "$upper/root/dev"
 exec env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin TMPDIR=/tmp HOME=/root LC_ALL=C.UTF-8 \
