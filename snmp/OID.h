@@ -27,9 +27,7 @@ namespace UVARNETSNMP {
 class OID
 {
 public:
-    /// An empty OID.
     OID() noexcept = default;
-
     /// A copy of `length` sub-identifiers at `ids`, with room for max(length, capacity) of them.
     /// Empty if `length` is 0, whatever the capacity, or if `ids` is null.
     OID(const oid* ids, std::size_t length, std::size_t capacity) noexcept;
@@ -39,15 +37,11 @@ public:
     /// Empty if `text` is null, cannot be parsed or has more than MAX_OID_LEN (128)
     /// sub-identifiers.
     explicit OID(const char* text) noexcept;
-
     /// The same as OID(text), or, if `lastOnly`, the last sub-identifier of that name alone.
     OID(const char* text, bool lastOnly) noexcept;
-
     /// A copy with room for as many sub-identifiers as `other` has; empty if `other` has none.
     OID(const OID& other) noexcept;
-
     ~OID();
-
     /// Takes over the contents of `other`, by the rules of dup(). Assigning an OID without
     /// sub-identifiers leaves this one as it is, on purpose: only clear() empties an OID.
     OID& operator=(const OID& other) noexcept;
@@ -61,17 +55,14 @@ public:
 
     /// Releases the array: the OID is empty.
     void clear() noexcept;
-
     /// The sub-identifier at `index`, or a reference to a lasting 0 beyond the length.
     const oid& operator[](std::size_t index) const noexcept;
 
     /// Whether both hold the same sub-identifiers. Two OIDs without any are not equal, on purpose:
     /// an OID that could not be built matches nothing.
     bool operator==(const OID& other) const noexcept;
-
     /// Whether the OID has at least one sub-identifier.
     bool valid() const noexcept { return m_array != nullptr && m_length != 0; }
-
     /// Whether `other` lies strictly below this OID in the tree. An OID is not below itself.
     bool subnode(const OID& other) const noexcept;
 
@@ -104,7 +95,6 @@ public:
     /// NETSNMP_OID_OUTPUT_NONE 6; other values are passed on unchecked). Empty if it is not valid
     /// or cannot be printed. The process-wide output format is the same afterwards.
     std::string toString(int format) const;
-
     /// The OID as Net-SNMP prints it in the process-wide output format, read without s_mutex.
     std::string toString() const;
 

@@ -1,6 +1,7 @@
 #include "snmp/SNMPSession.h"
 
-#include <cstdlib>
+#include <stdlib.h> // NOLINT(modernize-deprecated-headers): malloc by its plain name
+
 #include <cstring>
 #include <map>
 
@@ -66,14 +67,14 @@ bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
     }
     size_t capacity = longestEngineID;
     size_t length = 0;
-    auto* buffer = static_cast<unsigned char*>(std::malloc(capacity));
+    auto* buffer = static_cast<unsigned char*>(malloc(capacity));
     if (buffer == nullptr) {
         return false;
     }
     // A longer text makes Net-SNMP move the buffer; it stays ours, also when the text is refused.
     if (snmp_hex_to_binary(&buffer, &capacity, &length, 1, hex.c_str()) == 0 ||
         length < shortestEngineID || length > longestEngineID) {
-        std::free(buffer);
+        free(buffer);
         return false;
     }
     *engineID = buffer;

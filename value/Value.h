@@ -22,7 +22,6 @@ class Value
 public:
     using Array = std::vector<Value>;
     using Hash = std::map<std::string, Value>; ///< ordered by the bytes of its keys
-
     using Kind = ValueKind;
 
     /// Nil, with an empty holder.
@@ -38,7 +37,6 @@ public:
     Value(Array elements);
     Value(const Hash& entries);
     Value(Hash&& entries);
-
     /// A string; a null pointer gives the nil with a null `void*`.
     Value(const char* text);
     Value(std::string_view text);
@@ -54,7 +52,6 @@ public:
     Value(T* pointer) = delete;
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
-
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
     /// empty, its conversions false, zero or an empty container.
     explicit Value(Dynamic::Any holder) noexcept : m_holder(std::move(holder)) {}
@@ -66,7 +63,6 @@ public:
     Kind kind() const noexcept;
     /// True for a boolean, integer, long, real or string.
     bool is_basic() const noexcept;
-
     /// Nil is false, a boolean itself. The Ruby rules make all else true. Without them a number is
     /// true exactly when it is zero, an inversion that callers rely on; a string is true unless
     /// empty, an array or hash always.
@@ -85,7 +81,6 @@ public:
     Array to_a() const;
     /// A copy of a hash; empty for every other kind, an array of pairs included.
     Hash to_h() const;
-
     /// The text for people: strings bare, `[a, b]`, `{key => value}`, nil as `nil`. Reals in both
     /// texts have six significant digits, or are inf, -inf or nan.
     std::string to_s() const;
@@ -93,7 +88,6 @@ public:
     std::string to_json() const;
     /// Inserts to_s() as a string: width, fill and adjustment apply to the whole text.
     friend std::ostream& operator<<(std::ostream& os, const Value& v);
-
     /// Reads one JSON value and leaves `in` right behind it: see JSONParser. Bad input of any kind
     /// gives the nil with a null `void*`, with all that was read until then consumed. Numbers are
     /// longs or reals, never integers. `in` must be good, or it throws std::ios_base::failure and
@@ -106,12 +100,10 @@ public:
     static Value parse(const std::string& text);
     /// Extracts a word as for a string, and makes it a string; the empty one if that fails.
     friend std::istream& operator>>(std::istream& in, Value& v);
-
     /// Chooses to_b()'s rules for the whole process; false at start. Not synchronised: set it
     /// before values are used on several threads.
     static void follow_ruby_boolean_evaluation_rules(bool follow) noexcept;
     static bool s_followRubyBooleanEvaluationRules;
-
     /// A copy of the value under `key`, even a nil, or of `fallback` when there is no such key.
     static Value lookup(const Hash& hash, const std::string& key, const Value& fallback);
     /// A basic selector gives the value under its to_s(); an array a hash of the entries that its

@@ -142,7 +142,7 @@ protected:
     {
         if (geteuid() != 0) {
             std::cerr << "SKIPPED: only root can give a folder to another user\n";
-            GTEST_SKIP() << "only root can give a folder to another user";
+            GTEST_SKIP() << "NOT TESTED: only root can give a folder to another user";
         }
         makeFolder(parent, 0700);
         makeFolder(folder, 0700);

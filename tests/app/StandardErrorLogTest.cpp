@@ -190,10 +190,12 @@ TEST(StandardErrorLog, WithoutADescriptorNothingIsWritten)
     EXPECT_EQ(errno, ENOENT) << "as it was";
 }
 
-/// Net-SNMP's own logging, given back at the end.
+/// Net-SNMP's own logging, without what a process entry before has left in it, given back at the
+/// end.
 class StandardErrorLogInstalled : public testing::Test
 {
 protected:
+    StandardErrorLogInstalled() { shutdown_snmp_logging(); }
     ~StandardErrorLogInstalled() override { shutdown_snmp_logging(); }
 };
 

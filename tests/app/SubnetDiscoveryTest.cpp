@@ -71,6 +71,7 @@ TEST_F(SubnetDiscovery, KeepsItsOwnCopiesOfTheTexts)
         changed.set_value();
     }
     ASSERT_EQ(network.requests().size(), 1U);
+    EXPECT_EQ(network.requests().front().peer, "198.51.100.255 is longer than any small text");
     EXPECT_EQ(network.requests().front().community, "a community longer than any small text");
 }
 

@@ -49,12 +49,28 @@ void* operator new(std::size_t size)
     return memory;
 }
 
+// Sanitizers bring arrays an operator of their own, which does not come by the one above.
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept
 {
     std::free(memory);
 }

@@ -52,6 +52,13 @@ FakeNetSNMP* FakeNetSNMP::CurrentOrNull()
     return s_current;
 }
 
+FakeNetSNMP& FakeNetSNMP::OfHandle(void* handle, const char* function)
+{
+    FakeNetSNMP& fake = Current(function);
+    EXPECT_EQ(handle, &fake.live) << function << " with another handle";
+    return fake;
+}
+
 void* FakeNetSNMP::RealSymbol(const char* name)
 {
     void* const real = dlsym(RTLD_NEXT, name);

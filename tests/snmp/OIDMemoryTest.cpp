@@ -99,7 +99,7 @@ protected:
     void SetUp() override
     {
         if (!FailingNew::supported()) {
-            GTEST_SKIP() << "operator new cannot be replaced beside this sanitizer";
+            GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
         }
     }
 };

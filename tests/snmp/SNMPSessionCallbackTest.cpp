@@ -1,8 +1,7 @@
 // The callback through which Net-SNMP delivers the answers to an asynchronous Get.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/ReceivingSession.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,40 +11,8 @@ namespace {
 
 using UVARNETSNMP::SNMPSession;
 
-constexpr int requestID = 4711;
-
-/// What the caller's function was given, in order.
-struct Received
-{
-    SNMPSession* session;
-    void* userData;
-    snmp_pdu* response;
-};
-std::vector<Received> s_received;
-
-void Receive(SNMPSession& session, void* userData, snmp_pdu* response)
-{
-    s_received.push_back({&session, userData, response});
-}
-
-class SNMPSessionCallback : public ::testing::Test
-{
-protected:
-    SNMPSessionCallback() { m_fake.ForgetCalls(); }
-    ~SNMPSessionCallback() override
-    {
-        for (const Received& received : s_received) {
-            m_session.ReleasePDU(received.response);
-        }
-        s_received.clear();
-        m_fake.ForgetCalls();
-    }
-
-    NameGuard m_name{"Test"};
-    FakeNetSNMP m_fake;
-    OpenBook m_session{SNMP_VERSION_1, "public", "192.0.2.255", true};
-    int m_userData = 0;
-};
+class SNMPSessionCallback : public ReceivingSession
+{};
 
 TEST_F(SNMPSessionCallback, WhatTheCallbackDelivers)
 {
@@ -96,15 +63,14 @@ TEST_F(SNMPSessionCallback, WhatTheCallbackDelivers)
         EXPECT_EQ(m_fake.TakeCalls(), row.cloned
                                           ? std::vector<std::string>{"snmp_clone_pdu(answer)"}
                                           : std::vector<std::string>{});
-        ASSERT_EQ(s_received.size(), row.delivered ? 1U : 0U);
+        ASSERT_EQ(AllReceived().size(), row.delivered ? 1U : 0U);
         if (row.delivered) {
-            EXPECT_EQ(s_received[0].session, &m_session);
-            EXPECT_EQ(s_received[0].userData, &m_userData);
-            EXPECT_NE(s_received[0].response, pdu);
-            EXPECT_EQ(s_received[0].response->errstat, SNMP_ERR_NOSUCHNAME);
-            m_session.ReleasePDU(s_received[0].response);
+            EXPECT_EQ(AllReceived()[0].session, &m_session);
+            EXPECT_EQ(AllReceived()[0].userData, &m_userData);
+            EXPECT_NE(AllReceived()[0].response, pdu);
+            EXPECT_EQ(AllReceived()[0].response->errstat, SNMP_ERR_NOSUCHNAME);
         }
-        s_received.clear();
+        ReleaseReceived();
         m_session.ReleasePDU(pdu); // still the caller's
         m_fake.ForgetCalls();
     }
@@ -120,11 +86,11 @@ TEST_F(SNMPSessionCallback, TheCallbackLooksAtTheRequestIDAndNotAtTheTypeOrTheSe
         SNMPSession::Callback(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, nullptr, requestID, pdu,
                               &context);
 
-        EXPECT_EQ(s_received.back().response->command, command);
-        EXPECT_EQ(s_received.back().userData, nullptr);
+        EXPECT_EQ(AllReceived().back().response->command, command);
+        EXPECT_EQ(AllReceived().back().userData, nullptr);
         m_session.ReleasePDU(pdu);
     }
-    EXPECT_EQ(s_received.size(), 4U);
+    EXPECT_EQ(AllReceived().size(), 4U);
 }
 
 } // namespace

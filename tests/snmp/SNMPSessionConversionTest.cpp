@@ -1,12 +1,10 @@
 // The two conversions of a session, and the engine IDs that it gets from one of them.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/OpenedSession.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,15 +12,7 @@
 namespace {
 
 using UVARNETSNMP::ByteString;
-using UVARNETSNMP::SNMPSecurity;
 using UVARNETSNMP::SNMPSession;
-
-using Texts = std::map<std::string, std::string>;
-
-ByteString Octets(const std::string& text)
-{
-    return ByteString(text.begin(), text.end());
-}
 
 struct EngineIDCase
 {
@@ -51,26 +41,9 @@ const EngineIDCase engineIDs[] = {
     {"not hexadecimal after too many", std::string(80, 'a') + "zz", std::nullopt},
     {"cut at a NUL", std::string("8000000001\0zz", 13), "8000000001"},
 };
-class SNMPSessionConversion : public ::testing::Test
-{
-protected:
-    ~SNMPSessionConversion() override { m_fake.ForgetCalls(); }
 
-    /// What Net-SNMP is handed for a session with these parameters.
-    FakeNetSNMP::Template Opened(const SNMPSecurity& security, bool broadcast = false)
-    {
-        const OpenBook session(SNMP_VERSION_3, security, "192.0.2.7", broadcast);
-        m_fake.ForgetCalls();
-        return m_fake.opened.at(m_fake.opened.size() - 1);
-    }
-    FakeNetSNMP::Template Opened(const Texts& parameters)
-    {
-        return Opened(SNMPSecurity(parameters));
-    }
-
-    NameGuard m_name{"Test"};
-    FakeNetSNMP m_fake;
-};
+class SNMPSessionConversion : public OpenedSession
+{};
 
 TEST_F(SNMPSessionConversion, EngineIDTexts)
 {

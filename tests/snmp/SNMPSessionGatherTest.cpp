@@ -1,12 +1,11 @@
-// The asynchronous Get, which gathers answers until its time is over, and the callback through
-// which Net-SNMP delivers them. The clock stands still but for what select() takes.
+// The asynchronous Get, which gathers answers until its time is over. The clock stands still but
+// for what select() takes.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/ReceivingSession.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -14,69 +13,15 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using UVARNETSNMP::OID;
 using UVARNETSNMP::SNMPSession;
 
-constexpr int requestID = 4711;
-constexpr Poco::Timespan::TimeDiff turn = 5000; // microseconds
-
-/// What the caller's function was given, in order.
-struct Received
-{
-    SNMPSession* session;
-    void* userData;
-    snmp_pdu* response;
-};
-std::vector<Received> s_received;
-
-void Receive(SNMPSession& session, void* userData, snmp_pdu* response)
-{
-    s_received.push_back({&session, userData, response});
-}
-
-class SNMPSessionGather : public ::testing::Test
+class SNMPSessionGather : public ReceivingSession
 {
 protected:
-    SNMPSessionGather() { m_fake.ForgetCalls(); }
-    ~SNMPSessionGather() override
-    {
-        for (const Received& received : s_received) {
-            m_session.ReleasePDU(received.response);
-        }
-        s_received.clear();
-        m_fake.ForgetCalls();
-    }
-
     const OpenBook::RequestContext& Context() const
     {
         return *static_cast<OpenBook::RequestContext*>(m_fake.live.callback_magic);
     }
-
-    const std::vector<std::string> sending = {"snmp_pdu_create(160)",
-                                              "snmp_add_null_var(request1, 1.3.6.1.2.1.1.3.0)",
-                                              "snmp_sess_send(request1)"};
-
-    /// The calls of one turn of the wait, the last one given.
-    static std::vector<std::string> Turn(const std::string& served)
-    {
-        return {"snmp_sess_select_info(0, {}, 0.005000, 0)", "select(8, {7}, null, null, 0.005000)",
-                served};
-    }
-
-    static std::vector<std::string> Joined(const std::vector<std::vector<std::string>>& parts)
-    {
-        std::vector<std::string> all;
-        for (const std::vector<std::string>& part : parts) {
-            all.insert(all.end(), part.begin(), part.end());
-        }
-        return all;
-    }
-
-    NameGuard m_name{"Test"};
-    FakeNetSNMP m_fake;
-    OpenBook m_session{SNMP_VERSION_1, "public", "192.0.2.255", true};
-    const OID m_oid = SysUpTimeName();
-    int m_userData = 0;
 };
 
 TEST_F(SNMPSessionGather, TheRequestIsAGetWithErrorIndexTen)
@@ -101,7 +46,7 @@ TEST_F(SNMPSessionGather, ATimeoutOfZeroOrLessSendsAndReturns)
         EXPECT_NE(m_fake.Outstanding(), nullptr);
         m_fake.DropOutstanding();
     }
-    EXPECT_THAT(s_received, IsEmpty());
+    EXPECT_THAT(AllReceived(), IsEmpty());
 }
 
 TEST_F(SNMPSessionGather, TheCallbackIsSetBeforeTheRequestIsSent)
@@ -178,191 +123,6 @@ TEST_F(SNMPSessionGather, ASessionThatIsNotOpenSendsNothing)
     EXPECT_FALSE(refused.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
 
     EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
-}
-
-TEST_F(SNMPSessionGather, EveryTurnStartsAfreshAndServesTheSession)
-{
-    struct Case
-    {
-        const char* name;
-        int result;
-        int error;
-        const char* served;
-    };
-    const Case cases[] = {
-        {"ready", 1, 0, "snmp_sess_read({7})"},
-        {"timed out", 0, 0, "snmp_sess_timeout"},
-        {"interrupted", -1, EINTR, "snmp_sess_timeout"},
-        {"failed", -1, EBADF, "snmp_sess_timeout"},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.name);
-        m_fake.created = 0;
-        m_fake.onSelect = [this, &row] {
-            m_fake.now += turn;
-            errno = row.error;
-            return row.result;
-        };
-
-        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
-
-        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn(row.served), Turn(row.served)}));
-        m_fake.DropOutstanding();
-    }
-}
-
-TEST_F(SNMPSessionGather, ADueResendShortensTheTurn)
-{
-    m_fake.nextResend = {0, 1200};
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(1200)));
-
-    EXPECT_EQ(m_fake.TakeCalls(),
-              Joined({sending,
-                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
-                       "select(8, {7}, null, null, 0.001200)", "snmp_sess_timeout"}}));
-}
-
-TEST_F(SNMPSessionGather, AClosedStreamIsLeftAloneUntilTheTimeIsOver)
-{
-    m_fake.onRead = [this] { m_fake.descriptor = -1; };
-    m_fake.onSelect = [this] {
-        m_fake.now += turn;
-        return 1;
-    };
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
-
-    const std::string waiting = "select(0, null, null, null, 0.005000)";
-    EXPECT_EQ(m_fake.TakeCalls(),
-              Joined({sending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
-}
-
-TEST_F(SNMPSessionGather, TheLastDescriptorThatAnOrdinarySetHolds)
-{
-    m_fake.descriptor = FD_SETSIZE - 1;
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(turn)));
-
-    EXPECT_EQ(m_fake.TakeCalls(),
-              Joined({sending,
-                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
-                       "select(1024, {1023}, null, null, 0.005000)", "snmp_sess_timeout"}}));
-}
-
-TEST_F(SNMPSessionGather, ADescriptorBeyondIsServedWithALargeSet)
-{
-    struct Case
-    {
-        const char* name;
-        int descriptor;
-        int result;
-        const char* served;
-    };
-    const Case cases[] = {
-        {"first, ready", FD_SETSIZE, 1, "snmp_sess_read2([room 1025: 1024])"},
-        {"first, timed out", FD_SETSIZE, 0, "snmp_sess_timeout"},
-        {"first, failed", FD_SETSIZE, -1, "snmp_sess_timeout"},
-        {"far, ready", 70000, 1, "snmp_sess_read2([room 70001: 70000])"},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.name);
-        m_fake.created = 0;
-        m_fake.descriptor = row.descriptor;
-        m_fake.onSelect = [this, &row] {
-            m_fake.now += turn;
-            return row.result;
-        };
-
-        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
-
-        const std::string room = "[room " + std::to_string(row.descriptor + 1) + ":";
-        const std::string count = std::to_string(row.descriptor + 1);
-        const std::string own = " " + std::to_string(row.descriptor) + "]";
-        const std::vector<std::string> once = {
-            "snmp_sess_select_info2(0, " + room + "], 0.005000, 0)",
-            "netsnmp_large_fd_set_select(" + count + ", " + room + own + ", 0.005000)", row.served};
-        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, once, once}));
-        m_fake.DropOutstanding();
-    }
-}
-
-TEST_F(SNMPSessionGather, WithoutMemoryForALargeSetTheTurnOnlyWaits)
-{
-    m_fake.descriptor = FD_SETSIZE;
-    m_fake.largeSetFails = true;
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
-
-    const std::string waiting = "select(0, null, null, null, 0.005000)";
-    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, {waiting, waiting}}));
-}
-
-TEST_F(SNMPSessionGather, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
-{
-    struct Case
-    {
-        const char* name;
-        Poco::Timespan::TimeDiff timeout;
-        size_t turns;
-    };
-    const Case cases[] = {
-        {"one microsecond", 1, 1},
-        {"just less than a turn", turn - 1, 1},
-        {"a turn", turn, 1},
-        {"just more than a turn", turn + 1, 2},
-        {"five seconds", 5000000, 1000},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.name);
-        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(row.timeout)));
-        EXPECT_EQ(m_fake.TakeCalls().size(), sending.size() + 3 * row.turns);
-        m_fake.DropOutstanding();
-    }
-}
-
-TEST_F(SNMPSessionGather, TheTimeThatSendingTakesCounts)
-{
-    m_fake.onSend = [this](snmp_pdu&) {
-        m_fake.now += 2 * turn;
-        return requestID;
-    };
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
-
-    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn("snmp_sess_timeout")}))
-        << "one turn always: the remaining time is computed after it";
-}
-
-TEST_F(SNMPSessionGather, AnEarlyAnswerDoesNotEndTheWait)
-{
-    snmp_pdu* const answer = m_fake.MakePDU("answer", SNMP_MSG_RESPONSE);
-    m_fake.onSelect = [this] {
-        m_fake.now += turn;
-        return 1;
-    };
-    m_fake.onRead = [&] {
-        EXPECT_EQ(m_fake.Deliver(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, requestID, answer), 0);
-    };
-
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
-
-    ASSERT_EQ(s_received.size(), 3U) << "one in each turn";
-    EXPECT_NE(s_received[0].response, s_received[1].response);
-    EXPECT_NE(s_received[1].response, s_received[2].response);
-    for (const Received& received : s_received) {
-        EXPECT_EQ(received.session, &m_session);
-        EXPECT_EQ(received.userData, &m_userData);
-        EXPECT_NE(received.response, answer);
-    }
-    m_session.ReleasePDU(answer);
-}
-
-TEST_F(SNMPSessionGather, WithoutAnAnswerItIsStillTrue)
-{
-    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
-
-    EXPECT_THAT(s_received, IsEmpty());
 }
 
 TEST_F(SNMPSessionGather, AnotherGetReplacesTheContext)

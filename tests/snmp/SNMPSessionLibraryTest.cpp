@@ -30,6 +30,16 @@ std::optional<std::string> Environment(const char* name)
 class SNMPSessionLibrary : public ::testing::Test
 {
 protected:
+    /// Gives Net-SNMP's setting back, which outlives a test.
+    ~SNMPSessionLibrary() override
+    {
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 0);
+    }
+    static int hostFilesLeftAlone()
+    {
+        return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES);
+    }
+
     NameGuard m_name{""};
     EnvironmentGuard m_mibs{"MIBS", std::nullopt};
     FakeNetSNMP m_fake;
@@ -163,14 +173,10 @@ TEST_F(SNMPSessionLibrary, MIBNamesAreJoinedByColons)
 
 TEST_F(SNMPSessionLibrary, SessionsAreOpenedWithoutFilesOfTheirPeers)
 {
-    const auto setting = [] {
-        return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES);
-    };
-    EXPECT_EQ(setting(), 0);
+    ASSERT_EQ(hostFilesLeftAlone(), 0);
     SNMPSession::Initialize("Test", "", "", "M");
-    EXPECT_EQ(setting(), 1);
+    EXPECT_EQ(hostFilesLeftAlone(), 1);
     m_fake.ForgetCalls();
-    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 0);
 }
 
 TEST_F(SNMPSessionLibrary, InitializeMIBSDoesNotSetTheLibraryUp)

@@ -1,23 +1,17 @@
-// What a session makes of its security parameters: the fields that Net-SNMP is handed.
+// What a session makes of the protocols and pass phrases among its security parameters.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/OpenedSession.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace {
 
 using ::testing::ElementsAre;
-using UVARNETSNMP::ByteString;
 using UVARNETSNMP::SNMPSecurity;
-
-using Texts = std::map<std::string, std::string>;
-using Bytes = std::map<std::string, ByteString>;
 
 // The object identifiers of the protocols (RFC 3414, 6 to 8; RFC 3826, 3.1). One that Net-SNMP was
 // built without is unknown.
@@ -38,31 +32,8 @@ const std::vector<oid> aesProtocol = {1, 3, 6, 1, 6, 3, 10, 1, 2, 4};
 constexpr const char* maplesyrupMD5 = "9faf3283884e92834ebc9847d8edd963";
 constexpr const char* maplesyrupSHA = "9fb5cc0381497b3793528939ff788d5d79145211";
 
-ByteString Octets(const std::string& text)
-{
-    return ByteString(text.begin(), text.end());
-}
-
-class SNMPSessionSecurity : public ::testing::Test
-{
-protected:
-    ~SNMPSessionSecurity() override { m_fake.ForgetCalls(); }
-
-    /// What Net-SNMP is handed for a session with these parameters.
-    FakeNetSNMP::Template Opened(const SNMPSecurity& security, bool broadcast = false)
-    {
-        const OpenBook session(SNMP_VERSION_3, security, "192.0.2.7", broadcast);
-        m_fake.ForgetCalls();
-        return m_fake.opened.at(m_fake.opened.size() - 1);
-    }
-    FakeNetSNMP::Template Opened(const Texts& parameters)
-    {
-        return Opened(SNMPSecurity(parameters));
-    }
-
-    NameGuard m_name{"Test"};
-    FakeNetSNMP m_fake;
-};
+class SNMPSessionSecurity : public OpenedSession
+{};
 
 TEST_F(SNMPSessionSecurity, EveryStepOfAFullSessionInOrder)
 {
@@ -229,62 +200,6 @@ TEST_F(SNMPSessionSecurity, APassPhraseWithoutAProtocolIsStillHandedOver)
                                                 "snmp_sess_open", "snmp_sess_session"));
     m_fake.ForgetCalls();
     EXPECT_EQ(m_fake.opened.at(0).raw.securityAuthProto, nullptr);
-}
-
-TEST_F(SNMPSessionSecurity, SecurityLevels)
-{
-    struct Case
-    {
-        const char* text;
-        int level;
-    };
-    const Case cases[] = {
-        {"NoAuthNoPriv", SNMP_SEC_LEVEL_NOAUTH},
-        {"AuthNoPriv", SNMP_SEC_LEVEL_AUTHNOPRIV},
-        {"AuthPriv", SNMP_SEC_LEVEL_AUTHPRIV},
-        {"authPriv", 0},
-        {"noAuthNoPriv", 0},
-        {"AUTHPRIV", 0},
-        {"3", 0},
-        {"", 0},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(Opened(Texts{{"securitylevel", row.text}}).raw.securityLevel, row.level);
-    }
-    EXPECT_EQ(SNMP_SEC_LEVEL_NOAUTH, 1);
-    EXPECT_EQ(SNMP_SEC_LEVEL_AUTHNOPRIV, 2);
-    EXPECT_EQ(SNMP_SEC_LEVEL_AUTHPRIV, 3);
-}
-
-TEST_F(SNMPSessionSecurity, TextsAreHandedOverWithAllTheirBytes)
-{
-    const std::string bytes("a\0b", 3);
-    const FakeNetSNMP::Template opened = Opened(SNMPSecurity(
-        Bytes{{"community", Octets(bytes)}, {"securityname", Octets(bytes)}, {"contextname", {}}}));
-
-    EXPECT_EQ(opened.community, bytes);
-    EXPECT_EQ(opened.securityName, bytes);
-    EXPECT_EQ(opened.contextName, "") << "present, though empty";
-}
-
-TEST_F(SNMPSessionSecurity, NamesGoToTheirFields)
-{
-    const FakeNetSNMP::Template opened =
-        Opened(Texts{{"securityname", "operator"}, {"contextname", "tray"}});
-
-    EXPECT_EQ(opened.securityName, "operator");
-    EXPECT_EQ(opened.contextName, "tray");
-}
-
-TEST_F(SNMPSessionSecurity, OtherKeysAreIgnored)
-{
-    const FakeNetSNMP::Template opened =
-        Opened(Texts{{"Community", "public"}, {"SecurityName", "operator"}, {"timeout", "1"}});
-
-    EXPECT_EQ(opened.community, std::nullopt);
-    EXPECT_EQ(opened.securityName, std::nullopt);
-    EXPECT_EQ(opened.raw.timeout, 3000000);
 }
 
 } // namespace

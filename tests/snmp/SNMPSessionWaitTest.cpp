@@ -1,0 +1,206 @@
+// The wait of the asynchronous Get, which gathers answers until its time is over. The clock stands
+// still but for what select() takes.
+
+#include "tests/snmp/ReceivingSession.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SNMPSessionWait : public ReceivingSession
+{};
+
+TEST_F(SNMPSessionWait, EveryTurnStartsAfreshAndServesTheSession)
+{
+    struct Case
+    {
+        const char* name;
+        int result;
+        int error;
+        const char* served;
+    };
+    const Case cases[] = {
+        {"ready", 1, 0, "snmp_sess_read({7})"},
+        {"timed out", 0, 0, "snmp_sess_timeout"},
+        {"interrupted", -1, EINTR, "snmp_sess_timeout"},
+        {"failed", -1, EBADF, "snmp_sess_timeout"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        m_fake.created = 0;
+        m_fake.onSelect = [this, &row] {
+            m_fake.now += turn;
+            errno = row.error;
+            return row.result;
+        };
+
+        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn(row.served), Turn(row.served)}));
+        m_fake.DropOutstanding();
+    }
+}
+
+TEST_F(SNMPSessionWait, ADueResendShortensTheTurn)
+{
+    m_fake.nextResend = {0, 1200};
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(1200)));
+
+    EXPECT_EQ(m_fake.TakeCalls(),
+              Joined({sending,
+                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
+                       "select(8, {7}, null, null, 0.001200)", "snmp_sess_timeout"}}));
+}
+
+TEST_F(SNMPSessionWait, AClosedStreamIsLeftAloneUntilTheTimeIsOver)
+{
+    m_fake.onRead = [this] { m_fake.descriptor = -1; };
+    m_fake.onSelect = [this] {
+        m_fake.now += turn;
+        return 1;
+    };
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
+
+    const std::string waiting = "select(0, null, null, null, 0.005000)";
+    EXPECT_EQ(m_fake.TakeCalls(),
+              Joined({sending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
+}
+
+TEST_F(SNMPSessionWait, TheLastDescriptorThatAnOrdinarySetHolds)
+{
+    m_fake.descriptor = FD_SETSIZE - 1;
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(turn)));
+
+    EXPECT_EQ(m_fake.TakeCalls(),
+              Joined({sending,
+                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
+                       "select(1024, {1023}, null, null, 0.005000)", "snmp_sess_timeout"}}));
+}
+
+TEST_F(SNMPSessionWait, ADescriptorBeyondIsServedWithALargeSet)
+{
+    struct Case
+    {
+        const char* name;
+        int descriptor;
+        int result;
+        const char* served;
+    };
+    const Case cases[] = {
+        {"first, ready", FD_SETSIZE, 1, "snmp_sess_read2([room 1025: 1024])"},
+        {"first, timed out", FD_SETSIZE, 0, "snmp_sess_timeout"},
+        {"first, failed", FD_SETSIZE, -1, "snmp_sess_timeout"},
+        {"far, ready", 70000, 1, "snmp_sess_read2([room 70001: 70000])"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        m_fake.created = 0;
+        m_fake.descriptor = row.descriptor;
+        m_fake.onSelect = [this, &row] {
+            m_fake.now += turn;
+            return row.result;
+        };
+
+        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+        const std::string room = "[room " + std::to_string(row.descriptor + 1) + ":";
+        const std::string count = std::to_string(row.descriptor + 1);
+        const std::string own = " " + std::to_string(row.descriptor) + "]";
+        const std::vector<std::string> once = {
+            "snmp_sess_select_info2(0, " + room + "], 0.005000, 0)",
+            "netsnmp_large_fd_set_select(" + count + ", " + room + own + ", 0.005000)", row.served};
+        EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, once, once}));
+        m_fake.DropOutstanding();
+    }
+}
+
+TEST_F(SNMPSessionWait, WithoutMemoryForALargeSetTheTurnOnlyWaits)
+{
+    m_fake.descriptor = FD_SETSIZE;
+    m_fake.largeSetFails = true;
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+    const std::string waiting = "select(0, null, null, null, 0.005000)";
+    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, {waiting, waiting}}));
+}
+
+TEST_F(SNMPSessionWait, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
+{
+    struct Case
+    {
+        const char* name;
+        Poco::Timespan::TimeDiff timeout;
+        size_t turns;
+    };
+    const Case cases[] = {
+        {"one microsecond", 1, 1},
+        {"just less than a turn", turn - 1, 1},
+        {"a turn", turn, 1},
+        {"just more than a turn", turn + 1, 2},
+        {"five seconds", 5000000, 1000},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(row.timeout)));
+        EXPECT_EQ(m_fake.TakeCalls().size(), sending.size() + 3 * row.turns);
+        m_fake.DropOutstanding();
+    }
+}
+
+TEST_F(SNMPSessionWait, TheTimeThatSendingTakesCounts)
+{
+    m_fake.onSend = [this](snmp_pdu&) {
+        m_fake.now += 2 * turn;
+        return requestID;
+    };
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(2 * turn)));
+
+    EXPECT_EQ(m_fake.TakeCalls(), Joined({sending, Turn("snmp_sess_timeout")}))
+        << "one turn always: the remaining time is computed after it";
+}
+
+TEST_F(SNMPSessionWait, AnEarlyAnswerDoesNotEndTheWait)
+{
+    snmp_pdu* const answer = m_fake.MakePDU("answer", SNMP_MSG_RESPONSE);
+    m_fake.onSelect = [this] {
+        m_fake.now += turn;
+        return 1;
+    };
+    m_fake.onRead = [&] {
+        EXPECT_EQ(m_fake.Deliver(NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE, requestID, answer), 0);
+    };
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(3 * turn)));
+
+    ASSERT_EQ(AllReceived().size(), 3U) << "one in each turn";
+    EXPECT_NE(AllReceived()[0].response, AllReceived()[1].response);
+    EXPECT_NE(AllReceived()[1].response, AllReceived()[2].response);
+    for (const Received& received : AllReceived()) {
+        EXPECT_EQ(received.session, &m_session);
+        EXPECT_EQ(received.userData, &m_userData);
+        EXPECT_NE(received.response, answer);
+    }
+    m_session.ReleasePDU(answer);
+}
+
+TEST_F(SNMPSessionWait, WithoutAnAnswerItIsStillTrue)
+{
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
+
+    EXPECT_THAT(AllReceived(), IsEmpty());
+}
+
+} // namespace
