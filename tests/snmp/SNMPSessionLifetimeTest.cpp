@@ -20,7 +20,16 @@ static_assert(!std::is_copy_assignable<SNMPSession>::value, "a session is one ha
 static_assert(std::has_virtual_destructor<SNMPSession>::value, "sessions may be derived from");
 
 class SNMPSessionLifetime : public OpenedSession
-{};
+{
+protected:
+    static void ExpectUninitialised(const OpenBook& session)
+    {
+        EXPECT_FALSE(session.m_initialized);
+        EXPECT_TRUE(session.m_peerName.isNull());
+        EXPECT_EQ(session.m_sessionPtr, nullptr);
+        EXPECT_EQ(session.m_sessionHandle, nullptr);
+    }
+};
 
 TEST_F(SNMPSessionLifetime, BeforeInitializeNoSessionIsOpened)
 {
@@ -31,10 +40,7 @@ TEST_F(SNMPSessionLifetime, BeforeInitializeNoSessionIsOpened)
         OpenBook(SNMP_VERSION_3, SNMPSecurity(), "192.0.2.7", false),
     };
     for (const OpenBook& session : sessions) {
-        EXPECT_FALSE(session.m_initialized);
-        EXPECT_TRUE(session.m_peerName.isNull());
-        EXPECT_EQ(session.m_sessionPtr, nullptr);
-        EXPECT_EQ(session.m_sessionHandle, nullptr);
+        ExpectUninitialised(session);
     }
     EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
 }
@@ -46,10 +52,7 @@ TEST_F(SNMPSessionLifetime, WithoutAHostNoSessionIsOpened)
         OpenBook(SNMP_VERSION_3, SNMPSecurity(), "", false),
     };
     for (const OpenBook& session : sessions) {
-        EXPECT_FALSE(session.m_initialized);
-        EXPECT_TRUE(session.m_peerName.isNull());
-        EXPECT_EQ(session.m_sessionPtr, nullptr);
-        EXPECT_EQ(session.m_sessionHandle, nullptr);
+        ExpectUninitialised(session);
     }
     EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
 }
