@@ -10,12 +10,18 @@
 
 set(snmpdiscovery_private_dir ${CMAKE_INSTALL_LIBEXECDIR}/SNMPDiscovery)
 file(GLOB mib_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mibs/*.txt)
-file(GLOB documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/*.md)
+set(documents README.md CHANGELOG.md SECURITY.md LICENSE)
 file(GLOB guides CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json)
+list(FILTER guides EXCLUDE REGEX "/reference\\.md$")  # a page of the generated reference
 
-# snmpdiscovery_install_documents(COMPONENT folder [more options of install()])
+# snmpdiscovery_install_documents(component folder [more options of install()])
+# What users and integrators read; links between the documents lead where they do in the sources.
 function(snmpdiscovery_install_documents component folder)
-  install(FILES ${documents} ${PROJECT_SOURCE_DIR}/LICENSE
+  list(TRANSFORM documents PREPEND ${PROJECT_SOURCE_DIR}/)
+  install(FILES ${documents} DESTINATION ${folder} COMPONENT ${component} ${ARGN})
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/examples
+      DESTINATION ${folder}/docs COMPONENT ${component} ${ARGN})
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/deploy
       DESTINATION ${folder} COMPONENT ${component} ${ARGN})
   install(FILES ${guides} DESTINATION ${folder}/docs COMPONENT ${component} ${ARGN})
   install(FILES ${PROJECT_SOURCE_DIR}/mibs/README.md

@@ -5,9 +5,11 @@
 
 #include "snmp/SNMPSession.h"
 
-#include <cstdio>
+#include <cstddef>
+#include <iostream>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 using UVARNETSNMP::OID;
@@ -63,18 +65,18 @@ int print(const std::string& address, const std::string& community)
     std::vector<Column> values(columns.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!walk(session, columns[i].first, values[i])) {
-            std::fprintf(stderr, "%s does not answer\n", address.c_str());
+            std::cerr << address << " does not answer\n";
             return 1;
         }
-        std::printf(i == 0 ? "%s" : "\t%s", columns[i].second);
+        std::cout << (i == 0 ? "" : "\t") << columns[i].second;
     }
-    std::printf("\n");
+    std::cout << "\n";
     for (const auto& [row, first] : values[0]) {
-        std::printf("%s", first.c_str());
+        std::cout << first;
         for (std::size_t i = 1; i < values.size(); ++i) {
-            std::printf("\t%s", values[i][row].c_str());
+            std::cout << "\t" << values[i][row];
         }
-        std::printf("\n");
+        std::cout << "\n";
     }
     return 0;
 }
@@ -84,7 +86,7 @@ int print(const std::string& address, const std::string& community)
 int main(int argc, char** argv)
 {
     if (argc < 4 || argc > 5) {
-        std::fprintf(stderr, "usage: supplies MIB-FOLDER PERSISTENT-FOLDER ADDRESS [COMMUNITY]\n");
+        std::cerr << "usage: supplies MIB-FOLDER PERSISTENT-FOLDER ADDRESS [COMMUNITY]\n";
         return 2;
     }
     // Once a process, before the first session. The name is that of the configuration files that
