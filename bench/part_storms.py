@@ -44,7 +44,7 @@ def measure(build, quick):
     others = {"250 in a /24": beside(tool, simulator, 24, 250, quick)}
     if not quick:
         others["20,000 in a /17"] = beside(tool, simulator, 17, 20000, quick)
-    return {"runs": runs, "storms": storms, "others": others}
+    return {"storms": storms, "others": others}
 
 
 def storm(tool, simulator, agents, frame, buffer):
@@ -156,9 +156,19 @@ def others_table(data):
     return table(["", "250 in a /24: %", "s", "20,000 in a /17: %", "s"], rows)
 
 
+def runs_of(data):
+    """How often each case was run; more often where its number of agents says so."""
+    counts = {agents: {len(results) for name, results in data["storms"].items()
+                       if name.endswith(f"/{agents}")} - {0}
+              for agents in AGENTS}
+    words = [f"{agents:,} agents {' or '.join(map(str, sorted(count)))}"
+             for agents, count in counts.items() if count]
+    return f"Runs of each case: {', '.join(words)}."
+
+
 def tables(data):
     return {
-        "storms-runs": f"Runs of each case: {data['runs']}.",
+        "storms-runs": runs_of(data),
         "storms-small": storm_table(data, "small"),
         "storms-card": storm_table(data, "card"),
         "storms-others": others_table(data),
