@@ -136,7 +136,7 @@ exit 0
         self.assertIn(b"agent odd: ended with -9", outcome.err)
 
     def test_a_capture_that_cannot_be_written_fails_the_lab(self):
-        options = ["--capture", "/nonexistent/packets"]
+        options = ["--capture", "/dev/null/packets"]
         outcome = api.run_in_lab(ALONE, ["echo"], options=options)
         self.assertEqual((outcome.code, outcome.out), (125, b""))
 
