@@ -1,0 +1,92 @@
+// What scripts/race-hunt runs under ThreadSanitizer: the road of the workers, many at once, against
+// an agent on the loopback interface.
+//
+//     snmp_race_hunt THREADS SECONDS MIBS     0 when every thread of every round had its answer
+
+#include "snmp/SNMPSession.h"
+#include "tests/snmp/LoopbackAgent.h"
+#include "tests/snmp/Wire.h"
+#include "tests/support/Guards.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using UVARNETSNMP::OID;
+using UVARNETSNMP::SNMPSession;
+
+/// As a worker does with each response, but that it is released.
+void receive(SNMPSession& session, void* answers, snmp_pdu* response)
+{
+    static_cast<std::atomic<long>*>(answers)->fetch_add(1);
+    session.ReleasePDU(response);
+}
+
+/// As a worker does: a name, a session, a request, and answers for a time.
+void work(const std::string& host, std::atomic<long>& unanswered)
+{
+    std::atomic<long> answers{0};
+    const OID sysUpTime("sysUpTime.0");
+    SNMPSession session(SNMP_VERSION_1, "public", host, true);
+    session.Get(sysUpTime, &receive, &answers, Poco::Timespan(0, 300000));
+    if (answers == 0 || sysUpTime.toDottedNotation() != "1.3.6.1.2.1.1.3.0") {
+        ++unanswered;
+    }
+}
+
+/// All threads of a round start at once; returns how many went without an answer.
+long round(int number, const std::string& host)
+{
+    std::atomic<bool> go{false};
+    std::atomic<long> unanswered{0};
+    std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(number));
+    for (int i = 0; i < number; ++i) {
+        threads.emplace_back([&] {
+            while (!go) {
+                std::this_thread::yield();
+            }
+            work(host, unanswered);
+        });
+    }
+    go = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return unanswered;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 4) {
+        std::cerr << "usage: snmp_race_hunt THREADS SECONDS MIBS\n";
+        return 2;
+    }
+    const int number = std::atoi(argv[1]);
+    const auto end = Clock::now() + std::chrono::seconds(std::atoi(argv[2]));
+    const TestSupport::SNMPEnvironment environment;
+    SNMPSession::Initialize("RaceHunt", "", argv[3], "Printer-MIB");
+    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, std::size_t) {
+        self.Reply(Wire::Response(request, 42));
+    });
+    const std::string host = agent.Host();
+    long rounds = 0;
+    long unanswered = 0;
+    do {
+        unanswered += round(number, host);
+        ++rounds;
+    } while (Clock::now() < end);
+    agent.Stop();
+    SNMPSession::Terminate();
+    std::cout << rounds << " rounds of " << number << " threads, " << unanswered
+              << " without an answer\n";
+    return unanswered == 0 ? 0 : 1;
+}
