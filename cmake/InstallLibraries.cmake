@@ -31,6 +31,8 @@ endif()
 # the CMake package and packaging/snmpdiscovery-TARGET.pc.in. The file gets the project's name in
 # front, because "libsnmp" alone is a name of Net-SNMP's.
 function(snmpdiscovery_install_library target)
+  # The same name for a project that takes the sources in (add_subdirectory).
+  add_library(SNMPDiscovery::${target} ALIAS ${target})
   set_target_properties(${target} PROPERTIES
       OUTPUT_NAME snmpdiscovery-${target}
       VERSION ${PROJECT_VERSION}

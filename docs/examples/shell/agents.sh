@@ -9,8 +9,11 @@ set -u
 document=$(timeout 30 "${SNMPDISCOVERY:-SNMPDiscovery}" "$@")
 
 # jq takes an empty text for no input and no error.
-[ -n "$document" ] && printf '%s' "$document" | jq -r '
+if [ -z "$document" ] || ! printf '%s' "$document" | jq -r '
     if type == "array" then . else error("not an array") end
     | sort_by(.hostname | split(".") | map(tonumber))
     | "No.\tAddress", (to_entries[] | "\(.key + 1)\t\(.value.hostname)")
-' || { echo "agents.sh: SNMPDiscovery gave no document" >&2; exit 1; }
+'; then
+    echo "agents.sh: SNMPDiscovery gave no document" >&2
+    exit 1
+fi
