@@ -5,7 +5,9 @@
 #include "value/JSONParser.h"
 
 #include <algorithm>
+#include <functional>
 #include <istream>
+#include <iterator>
 
 // The JSON reader: the input is a document.
 
@@ -52,7 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         readJSON(document); // must come back
         return 0;
     }
-    for (const BufferKind& kind : bufferKinds) {
+    // All kinds for every input would make few inputs.
+    const std::size_t hash = std::hash<std::string_view>()(document);
+    for (const BufferKind& kind : {bufferKinds[0], bufferKinds[hash % std::size(bufferKinds)]}) {
         const std::string difference = readerDifference(document, kind);
         check(difference.empty(), "the readers agree", difference);
     }

@@ -2,7 +2,9 @@
 #include "tests/value/MemoryBuffer.h"
 #include "tests/value/ReaderTestHelpers.h"
 
+#include <functional>
 #include <istream>
+#include <iterator>
 
 // The extraction of words: the input is a text, read word by word.
 
@@ -39,8 +41,8 @@ void compare(std::string_view text, const BufferKind& kind)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    for (const BufferKind& kind : bufferKinds) {
-        compare(fuzzing::text(data, size), kind);
-    }
+    // All kinds for every input would make few inputs.
+    const std::string_view text = fuzzing::text(data, size);
+    compare(text, bufferKinds[std::hash<std::string_view>()(text) % std::size(bufferKinds)]);
     return 0;
 }
