@@ -19,6 +19,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -39,6 +40,16 @@ using UVARNETSNMP::SNMPSession;
 
 constexpr long mostAnswers = 50000;
 constexpr auto timeout = std::chrono::seconds(2);
+constexpr long mostUnread = 100; // answers under way, which every kernel's default buffer holds
+
+std::atomic<long> answersRead{0};
+
+/// The application's callback, and a count by which the sender keeps pace.
+void count(SNMPSession& session, void* context, snmp_pdu* pdu)
+{
+    SNMPDiscoveryApp::SNMPCallback(session, context, pdu);
+    answersRead.fetch_add(1, std::memory_order_relaxed);
+}
 
 void require(bool good, const char* what)
 {
@@ -88,7 +99,14 @@ public:
         // and the value is a time, in as many octets as NULL had with three more.
         std::string answer(request, static_cast<std::size_t>(size));
         makeAnswer(answer);
+        const auto end = std::chrono::steady_clock::now() + timeout;
         for (long agent = 0; agent < m_answers; ++agent) {
+            while (agent - answersRead.load(std::memory_order_relaxed) > mostUnread) {
+                if (std::chrono::steady_clock::now() > end) {
+                    return;
+                }
+                std::this_thread::yield();
+            }
             sendFrom(0x7f010000U + static_cast<std::uint32_t>(agent), asker, answer);
         }
     }
@@ -96,14 +114,16 @@ public:
 private:
     static void makeAnswer(std::string& message)
     {
-        const std::size_t pdu = message.find('\xa0');
-        require(pdu != std::string::npos, "no GET");
+        // Tag and length of the message, the version, the community "public".
+        constexpr std::size_t pdu = 2 + 3 + 8;
+        require(message.size() > pdu + 4 && message[pdu] == '\xa0', "no GET");
         message[pdu] = '\xa2';
         message.replace(message.size() - 2, 2, std::string("\x43\x03\x01\x02\x03", 5));
         // Every length around the value grows by three; all are short ones.
         message[1] = static_cast<char>(message[1] + 3);
         message[pdu + 1] = static_cast<char>(message[pdu + 1] + 3);
-        const std::size_t list = message.find("\x30", pdu + 2);
+        // The identifier, then error-status and error-index with one octet each.
+        const std::size_t list = pdu + 4 + static_cast<unsigned char>(message[pdu + 3]) + 3 + 3;
         message[list + 1] = static_cast<char>(message[list + 1] + 3);
         message[list + 3] = static_cast<char>(message[list + 3] + 3);
     }
@@ -147,14 +167,12 @@ void measure(long answers)
     const oid name[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};
     const OID sysUpTime(name, std::size(name), 0);
     SNMPSession::Initialize("SNMPDiscovery", "", "", "");
-    SNMPSession::AskForReceiveBuffer(64 * 1024 * 1024);
     Poco::AutoPtr<Application> application(new Application);
     Agents agents(answers);
     SNMPSession session(SNMP_VERSION_1, "public", agents.host(), true);
     std::thread sender(&Agents::serve, &agents);
     const double before = threadSeconds();
-    session.Get(sysUpTime, &SNMPDiscoveryApp::SNMPCallback,
-                static_cast<SNMPDiscoveryApp*>(application.get()),
+    session.Get(sysUpTime, &count, static_cast<SNMPDiscoveryApp*>(application.get()),
                 Poco::Timespan(timeout.count(), 0));
     const double seconds = threadSeconds() - before;
     sender.join();

@@ -35,7 +35,7 @@ def measure(build, quick):
     storms = {}
     for charge, frame in CHARGES.items():
         for buffer in [DEFAULT] if quick else BUFFERS:
-            for agents in [1000, 20000] if quick else AGENTS:
+            for agents in [20000] if quick else AGENTS:
                 results = [
                     storm(tool, simulator, agents, frame, BUFFERS[buffer])
                     for _ in range(runs)

@@ -183,6 +183,13 @@ class Hostile(ToolTest):
         found = self.found("random", 1000, "--flood", "5000", "--ignore", "1000")
         self.assertEqual(found, set())
 
+    def test_a_flood_as_fast_as_it_can_be_sent_does_not_keep_the_run_from_its_end(self):
+        # Answers may be lost in it, but nobody else is found.
+        flood = ("--behaviour", "random", "--agents", "1000", "--flood", "100000")
+        result = self.run_beside_a_quiet_one(network(*flood))
+        self.assertEqual(listed(result) - GOOD, set())
+        self.assertGreater(result["received"] + result["lost"], 10000)
+
     def test_a_flood_of_mutated_answers_for_the_whole_run(self):
         found = self.found("mutated", 200, "--flood", "2000")
         self.assertEqual(found - numbers(*range(200)), set())
