@@ -22,7 +22,8 @@ _TURN = 0.002
 def observe(command: List[str], seconds: float) -> dict:
     """Runs `command`, killed after so many seconds ("stopped"), and returns "code",
     "seconds", "memory" (kB of resident memory at the most), "processor" (seconds),
-    "switches" (voluntary, of all threads), "received" and "lost" (UDP datagrams, lost to
+    "switches" (voluntary, of all threads), "waited" (seconds that its first thread was
+    ready to run and had no processor), "received" and "lost" (UDP datagrams, lost to
     full receive buffers), "out" and "err"."""
     before = _udp()
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
@@ -30,10 +31,11 @@ def observe(command: List[str], seconds: float) -> dict:
         child = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=out, stderr=err
         )
-        memory, stopped = 0, False
+        memory, waited, stopped = 0, 0.0, False
         while True:
             # Asked for while it runs: what wait4 tells counts this program's too.
             memory = max(memory, _peak(child.pid))
+            waited = max(waited, _waited(child.pid))
             pid, status, used = os.wait4(child.pid, os.WNOHANG)
             elapsed = time.monotonic() - started
             if pid:
@@ -55,6 +57,7 @@ def observe(command: List[str], seconds: float) -> dict:
         "memory": memory,
         "processor": round(used.ru_utime + used.ru_stime, 4),
         "switches": used.ru_nvcsw,
+        "waited": round(waited, 4),
         "received": after["InDatagrams"] - before["InDatagrams"],
         "lost": after["RcvbufErrors"] - before["RcvbufErrors"],
         "out": texts[0],
@@ -71,6 +74,15 @@ def _peak(pid: int) -> int:
     except OSError:
         pass
     return 0
+
+
+def _waited(pid: int) -> float:
+    """Zero where the kernel does not tell."""
+    try:
+        with open(f"/proc/{pid}/schedstat", encoding="ascii") as file:
+            return int(file.read().split()[1]) / 1e9
+    except (OSError, IndexError):
+        return 0.0
 
 
 def _udp() -> dict:

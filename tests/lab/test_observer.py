@@ -47,6 +47,14 @@ class Observer(unittest.TestCase):
         self.assertGreater(busy["processor"], 0.5)
         self.assertGreaterEqual(busy["switches"], 50)
 
+    def test_time_that_it_waited_for_a_processor(self):
+        code = "import time\nend = time.process_time() + 0.5\n"
+        code += "while time.process_time() < end: pass"
+        found = observer.observe(python(code), 60)
+        lasted = found["seconds"] - found["processor"]
+        self.assertGreaterEqual(found["waited"], 0)
+        self.assertLess(found["waited"], lasted + 0.2)  # what it did not run, it waited
+
     def test_datagrams_of_the_namespace(self):
         harness.require_namespaces()
         agents = [

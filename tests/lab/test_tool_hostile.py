@@ -65,9 +65,10 @@ def listed(result):
     return {each["hostname"] for each in json.loads(result["out"])}
 
 
-def busy():
-    """Whether others keep the machine from running the tool in time; said loudly."""
-    found = os.getloadavg()[0] > os.cpu_count()
+def busy(tasks=8):
+    """Whether more than so many tasks want each processor; said loudly. Up to eight are
+    the tests of this folder side by side, which leave the tool its time."""
+    found = os.getloadavg()[0] > tasks * os.cpu_count()
     if found:
         print("a busy machine: not everything is checked", file=sys.stderr)
     return found
@@ -105,7 +106,8 @@ class Hostile(ToolTest):
         self.assertEqual(listed(quiet), GOOD)
         self.assertEqual(result["code"], EXIT_CODE, result["err"][-2000:])
         more = result["seconds"] - quiet["seconds"]
-        self.assertLess(more, MORE_WHEN_BUSY if busy() else MORE)
+        # Waiting for the processor is the machine's doing: other tests run beside this one.
+        self.assertLess(more, MORE_WHEN_BUSY if busy() else MORE + result["waited"])
         if not self.sanitized:  # a sanitizer keeps what was freed
             self.assertLess(result["memory"] - quiet["memory"], self.more_memory)
         return result
@@ -171,7 +173,7 @@ class Hostile(ToolTest):
         agents = 20 if self.sanitized else 200  # a sanitizer takes its time over each
         found = self.found("large", agents, "--spread", "2500")
         self.assertEqual(found - numbers(*range(agents)), set())
-        if not busy():  # Net-SNMP needs milliseconds of the processor for each
+        if not busy(tasks=1):  # Net-SNMP needs milliseconds of the processor for each
             self.assertEqual(len(found), agents)
 
     def test_hundreds_of_copies(self):
