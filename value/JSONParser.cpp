@@ -1,24 +1,6 @@
 #include "value/JSONParser.h"
 
-// Arrays and hashes are built where they will stay, in the value that is returned. A stack of
-// pointers to those that are still open takes the place of recursion.
-
-namespace {
-
-constexpr bool isWhitespace(char c) noexcept
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-/// Makes `place` an empty container and returns that.
-template <typename Container>
-Container* start(Value& place)
-{
-    place = Container();
-    return &place.holder().get<Container>();
-}
-
-} // namespace
+#include <algorithm>
 
 JSONParser::JSONParser(std::istream& in) : m_source(in), m_savedMask(in.exceptions())
 {
@@ -47,8 +29,7 @@ Value JSONParser::getToken() noexcept
 
 Value JSONParser::getValue()
 {
-    skipWhitespace();
-    const char c = m_source.peek();
+    const char c = peekPastBlanks();
     return c == '[' || c == '{' ? getContainer() : getScalar(c);
 }
 
@@ -71,7 +52,13 @@ Value JSONParser::getScalar(char first)
 void JSONParser::skipWhitespace()
 {
     try {
-        while (isWhitespace(m_source.peek())) {
+        for (;;) {
+            const std::string_view ready = m_source.buffered();
+            const auto end = std::find_if_not(ready.begin(), ready.end(), isWhitespace);
+            m_source.skip(static_cast<std::size_t>(end - ready.begin()));
+            if (!isWhitespace(m_source.peek())) {
+                return;
+            }
             m_source.skip();
         }
     } catch (const std::ios_base::failure&) {
@@ -129,88 +116,13 @@ void JSONParser::expect(char expected)
 
 void JSONParser::getLiteral(std::string_view letters)
 {
+    if (m_source.buffered().substr(0, letters.size()) == letters) {
+        m_source.skip(letters.size());
+        return;
+    }
     for (const char letter : letters) {
         if (m_source.get() != letter) {
             throw std::exception();
-        }
-    }
-}
-
-Value JSONParser::getContainer()
-{
-    Value root;
-    std::vector<Open> open;
-    Value* place = &root;
-    while (place) {
-        skipWhitespace();
-        const char c = m_source.peek();
-        if (c == '[' || c == '{') {
-            m_source.skip();
-            open.push_back(c == '[' ? Open{start<Value::Array>(*place), nullptr}
-                                    : Open{nullptr, start<Value::Hash>(*place)});
-            place = nextPlace(open.back(), true);
-            if (place) {
-                continue;
-            }
-            open.pop_back();
-        } else {
-            *place = getScalar(c);
-        }
-        place = placeAfterValue(open);
-    }
-    return root;
-}
-
-/// Where the value after a complete one goes; null when that was the outermost container's last.
-Value* JSONParser::placeAfterValue(std::vector<Open>& open)
-{
-    while (!open.empty()) {
-        skipWhitespace();
-        if (m_source.peek() == ',') {
-            m_source.skip();
-            if (Value* const place = nextPlace(open.back(), false)) {
-                return place;
-            }
-        } else {
-            expect(open.back().closing());
-            m_source.skip();
-        }
-        open.pop_back();
-    }
-    return nullptr;
-}
-
-/// Where the container's next value goes, with the text right behind the opening bracket or a
-/// comma; null when the container ended instead.
-Value* JSONParser::nextPlace(const Open& container, bool first)
-{
-    skipWhitespace();
-    if (first && m_source.peek() == container.closing()) {
-        m_source.skip();
-        return nullptr;
-    }
-    return container.array ? &container.array->emplace_back() : nextEntry(*container.hash);
-}
-
-/// The same in a hash, past the names that have no value.
-Value* JSONParser::nextEntry(Value::Hash& hash)
-{
-    for (;;) {
-        expect('"');
-        std::string name = getText();
-        skipWhitespace();
-        switch (m_source.peek()) {
-        case ':':
-            m_source.skip();
-            return &hash.try_emplace(std::move(name)).first->second;
-        case ',':
-            m_source.skip();
-            skipWhitespace();
-            break;
-        default:
-            expect('}');
-            m_source.skip();
-            return nullptr;
         }
     }
 }

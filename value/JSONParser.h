@@ -74,14 +74,22 @@ public:
     std::uint16_t getUnicode();
 
 private:
-    /// An array or hash that is being read.
-    struct Open
-    {
-        Value::Array* array; ///< null for a hash
-        Value::Hash* hash;
-        char closing() const noexcept { return array ? ']' : '}'; }
-    };
+    struct Nesting;
 
+    static constexpr bool isWhitespace(char c) noexcept
+    {
+        return c == ' ' || (c >= '\t' && c <= '\r');
+    }
+    /// The next character after white space, unread. Most often there is none of that.
+    char peekPastBlanks()
+    {
+        const std::string_view ready = m_source.buffered();
+        if (!ready.empty() && !isWhitespace(ready.front())) {
+            return ready.front();
+        }
+        skipWhitespace();
+        return m_source.peek();
+    }
     void expect(char expected);
     void getLiteral(std::string_view letters);
     char peekInNumber();
@@ -90,10 +98,11 @@ private:
     char32_t getCodePoint();
     Value getContainer();
     Value getScalar(char first);
-    Value* placeAfterValue(std::vector<Open>& open);
-    Value* nextPlace(const Open& container, bool first);
+    Value* placeAfterValue(Nesting& nesting);
+    Value* firstPlace(Nesting& nesting);
     Value* nextEntry(Value::Hash& hash);
 
     CharacterSource m_source;
     std::ios_base::iostate m_savedMask;
+    std::string m_text; ///< a string with escapes while it is read; kept for its memory
 };

@@ -1,9 +1,20 @@
 #include "value/JSONParser.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
 namespace {
+
+/// What a number's text says.
+struct Parts
+{
+    bool negative = false;
+    long long magnitude = 0;
+    long long fractionDigits = 0;
+    int fractionCount = 0;
+    long long exponent = 0;
+};
 
 bool isDigit(char c) noexcept
 {
@@ -16,29 +27,124 @@ long long negated(long long number) noexcept
     return static_cast<long long>(0 - static_cast<unsigned long long>(number));
 }
 
+/// What std::pow(10.0, exponent) gives here, remembered for the usual exponents.
+double powerOfTen(long long exponent)
+{
+    constexpr long long largest = 22;
+    static const auto powers = [] {
+        std::array<double, 2 * largest + 1> table{};
+        for (long long power = -largest; power <= largest; ++power) {
+            table[static_cast<std::size_t>(power + largest)] =
+                std::pow(10.0, static_cast<double>(power));
+        }
+        return table;
+    }();
+    return exponent >= -largest && exponent <= largest
+               ? powers[static_cast<std::size_t>(exponent + largest)]
+               : std::pow(10.0, static_cast<double>(exponent));
+}
+
+Value numberOf(const Parts& parts)
+{
+    // A compiler may fuse a product and a sum that stand in one statement, which rounds once less.
+    double fraction = 0.0;
+    if (parts.fractionDigits != 0) {
+        fraction = static_cast<double>(parts.fractionDigits) * powerOfTen(-parts.fractionCount);
+    }
+    if (fraction == 0.0 && parts.exponent == 0) {
+        return parts.negative ? negated(parts.magnitude) : parts.magnitude;
+    }
+    double sum = static_cast<double>(parts.magnitude);
+    sum += fraction;
+    const double real = parts.negative ? -sum : sum;
+    return parts.exponent == 0 ? real : real * powerOfTen(parts.exponent);
+}
+
+/// Takes a number's parts from characters that are at hand.
+class NumberScan
+{
+public:
+    explicit NumberScan(std::string_view text) noexcept
+        : m_begin(text.data()), m_next(m_begin), m_end(m_begin + text.size())
+    {}
+
+    /// The length of the number, if the character behind it is there too; 0 if not, if the text
+    /// breaks the rules, and if digits are so many that their value might be too large.
+    std::size_t scan(Parts& parts) noexcept
+    {
+        parts.negative = skipIf('-');
+        if (!skipIf('0') && scanDigits(parts.magnitude) == 0) {
+            return 0;
+        }
+        if (skipIf('.')) {
+            parts.fractionCount = scanDigits(parts.fractionDigits);
+            if (parts.fractionCount == 0) {
+                return 0;
+            }
+        }
+        if (skipIf('e') || skipIf('E')) {
+            const bool negative = skipIf('-');
+            if (!negative) {
+                skipIf('+');
+            }
+            if (scanDigits(parts.exponent) == 0) {
+                return 0;
+            }
+            parts.exponent = negative ? -parts.exponent : parts.exponent;
+        }
+        return m_next == m_end ? 0 : static_cast<std::size_t>(m_next - m_begin);
+    }
+
+private:
+    bool skipIf(char c) noexcept
+    {
+        const bool found = m_next != m_end && *m_next == c;
+        m_next += found ? 1 : 0;
+        return found;
+    }
+
+    /// How many digits there are; 0 also if there are more than always fit.
+    int scanDigits(long long& number) noexcept
+    {
+        constexpr int most = std::numeric_limits<long long>::digits10;
+        const char* const first = m_next;
+        const char* const last = m_end - first > most ? first + most : m_end;
+        while (m_next != last && isDigit(*m_next)) {
+            number = 10 * number + (*m_next - '0');
+            ++m_next;
+        }
+        return m_next != m_end && isDigit(*m_next) ? 0 : static_cast<int>(m_next - first);
+    }
+
+    const char* m_begin;
+    const char* m_next;
+    const char* m_end;
+};
+
 } // namespace
 
 Value JSONParser::getNumber()
 {
-    const bool negative = m_source.peek() == '-';
-    if (negative) {
+    Parts parts;
+    if (const std::size_t length = NumberScan(m_source.buffered()).scan(parts)) {
+        m_source.skip(length);
+        return numberOf(parts);
+    }
+
+    parts = Parts();
+    parts.negative = m_source.peek() == '-';
+    if (parts.negative) {
         m_source.skip();
     }
-    long long magnitude = 0;
     if (m_source.peek() == '0') {
         m_source.skip();
     } else {
-        magnitude = getDigits(negative, nullptr);
+        parts.magnitude = getDigits(parts.negative, nullptr);
     }
-
-    double fraction = 0.0;
-    long long exponent = 0;
     char next = peekInNumber();
     if (next == '.') {
         m_source.skip();
-        int count = 0;
-        const auto digits = static_cast<double>(getDigits(false, &count));
-        fraction = digits * std::pow(10.0, static_cast<double>(-count));
+        parts.fractionDigits = getDigits(false, &parts.fractionCount);
         next = peekInNumber();
     }
     if (next == 'e' || next == 'E') {
@@ -47,19 +153,12 @@ Value JSONParser::getNumber()
         if (sign == '+' || sign == '-') {
             m_source.skip();
         }
-        exponent = getDigits(sign == '-', nullptr);
+        parts.exponent = getDigits(sign == '-', nullptr);
         if (sign == '-') {
-            exponent = negated(exponent);
+            parts.exponent = negated(parts.exponent);
         }
     }
-
-    if (fraction == 0.0 && exponent == 0) {
-        return negative ? negated(magnitude) : magnitude;
-    }
-    double sum = static_cast<double>(magnitude);
-    sum += fraction;
-    const double real = negative ? -sum : sum;
-    return real * std::pow(10.0, static_cast<double>(exponent));
+    return numberOf(parts);
 }
 
 long long JSONParser::getDigits(bool negative, int* count)

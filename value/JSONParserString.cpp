@@ -1,6 +1,5 @@
 #include "value/JSONParser.h"
-
-#include <algorithm>
+#include "value/PlainBytes.h"
 
 namespace {
 
@@ -37,22 +36,27 @@ Value JSONParser::getString()
 std::string JSONParser::getText()
 {
     m_source.skip();
-    std::string text;
+    const std::string_view atHand = m_source.buffered();
+    const std::size_t length = PlainBytes::beforeQuoteOrBackslash(atHand);
+    if (length < atHand.size() && atHand[length] == '"') {
+        std::string text(atHand.substr(0, length));
+        m_source.skip(length + 1);
+        return text;
+    }
+    m_text.clear();
     for (;;) {
         const std::string_view ready = m_source.buffered();
-        const auto plainEnd =
-            std::find_if(ready.begin(), ready.end(), [](char c) { return c == '"' || c == '\\'; });
-        const auto plain = static_cast<std::size_t>(plainEnd - ready.begin());
-        text.append(ready.substr(0, plain));
+        const std::size_t plain = PlainBytes::beforeQuoteOrBackslash(ready);
+        m_text.append(ready.substr(0, plain));
         m_source.skip(plain);
         switch (const char c = m_source.get()) {
         case '"':
-            return text;
+            return m_text;
         case '\\':
-            getEscape(text);
+            getEscape(m_text);
             break;
         default: // the first after the characters that were at hand
-            text += c;
+            m_text += c;
         }
     }
 }
