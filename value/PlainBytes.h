@@ -67,4 +67,14 @@ inline std::size_t beforeQuoteOrBackslash(std::string_view text) noexcept
     return count;
 }
 
+/// Copies as many bytes as are looked at together. Returns how many of them come before the first
+/// that JSON wants escaped: below 32, a quotation mark or a backslash.
+inline std::size_t copyUpToEscape(char* out, const char* bytes) noexcept
+{
+    const std::uint64_t word = load(bytes);
+    const std::uint64_t found = below(word, 32) | equalTo(word, '"') | equalTo(word, '\\');
+    std::memcpy(out, bytes, width);
+    return found == 0 ? width : first(found);
+}
+
 } // namespace PlainBytes

@@ -1,17 +1,20 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 /// A text that grows at its end. Its bytes are written straight into place, which std::string
-/// allows only one bounds check at a time.
+/// allows only one bounds check at a time, and nothing is copied or filled with zeros to make room:
+/// a long text lies in blocks until it is complete.
 class TextBuffer
 {
 public:
-    TextBuffer() { grow(0); }
+    TextBuffer() = default;
     TextBuffer(const TextBuffer&) = delete;
     TextBuffer& operator=(const TextBuffer&) = delete;
 
@@ -20,7 +23,7 @@ public:
     char* room(std::size_t count)
     {
         if (static_cast<std::size_t>(m_end - m_next) < count) {
-            grow(count);
+            addBlock(count);
         }
         return m_next;
     }
@@ -34,23 +37,41 @@ public:
     }
     void append(std::string_view bytes) { m_next += bytes.copy(room(bytes.size()), bytes.size()); }
 
-    /// Hands the text out and leaves the buffer unusable.
-    std::string take()
+    std::string text() const
     {
-        m_text.resize(static_cast<std::size_t>(m_next - m_text.data()));
-        return std::move(m_text);
+        std::string text;
+        text.reserve(m_complete + written());
+        const char* begin = m_first.data();
+        for (const Block& block : m_blocks) {
+            text.append(begin, block.before);
+            begin = block.bytes.get();
+        }
+        return text.append(begin, written());
     }
 
 private:
-    void grow(std::size_t count)
+    struct Block
     {
-        const auto used = m_next ? static_cast<std::size_t>(m_next - m_text.data()) : 0;
-        m_text.resize(std::max(m_text.capacity(), used + std::max(used, count)));
-        m_next = m_text.data() + used;
-        m_end = m_text.data() + m_text.size();
+        std::unique_ptr<char[]> bytes; // NOLINT(modernize-avoid-c-arrays): not filled with zeros
+        std::size_t before;            ///< bytes written to the block before this one
+    };
+
+    std::size_t written() const noexcept { return static_cast<std::size_t>(m_next - m_begin); }
+
+    void addBlock(std::size_t count)
+    {
+        constexpr std::size_t usual = 65536;
+        const std::size_t size = std::max(count, std::min(usual, 4 * (m_complete + written())));
+        m_blocks.push_back({std::unique_ptr<char[]>(new char[size]), written()});
+        m_complete += written();
+        m_begin = m_next = m_blocks.back().bytes.get();
+        m_end = m_begin + size;
     }
 
-    std::string m_text; ///< longer than the text: up to m_next it is written
-    char* m_next = nullptr;
-    char* m_end = nullptr;
+    std::array<char, 1024> m_first; ///< the only block of a short text
+    std::vector<Block> m_blocks;
+    std::size_t m_complete = 0; ///< bytes in all blocks but the last
+    char* m_begin = m_first.data();
+    char* m_next = m_begin;
+    char* m_end = m_begin + m_first.size();
 };

@@ -1,5 +1,6 @@
 #include "value/ChildCursor.h"
 #include "value/NumberText.h"
+#include "value/PlainBytes.h"
 #include "value/TextBuffer.h"
 #include "value/Value.h"
 
@@ -22,8 +23,8 @@ struct InspectionStyle
 struct JSONStyle
 {
     static constexpr std::string_view nil = "null";
-    static constexpr std::string_view separator = ",";
-    static constexpr std::string_view arrow = ":";
+    static constexpr char separator = ',';
+    static constexpr char arrow = ':';
     static void appendString(TextBuffer& text, std::string_view bytes);
 };
 
@@ -44,32 +45,54 @@ constexpr auto escapes = [] {
     return table;
 }();
 
+/// Writes the escape of `c`.
+char* writeEscape(char* out, char c, char escape) noexcept
+{
+    *out++ = '\\';
+    *out++ = escape;
+    if (escape == 'u') { // below 32: the first two of the four digits are zero
+        *out++ = '0';
+        *out++ = '0';
+        *out++ = c < 16 ? '0' : '1';
+        *out++ = "0123456789abcdef"[c % 16];
+    }
+    return out;
+}
+
 void JSONStyle::appendString(TextBuffer& text, std::string_view bytes)
 {
     constexpr std::size_t longestEscape = 6;
     char* out = text.room(bytes.size() + 2);
     *out++ = '"';
-    std::size_t left = bytes.size();
-    for (const char c : bytes) {
-        const char escape = escapes[static_cast<unsigned char>(c)];
-        if (escape == 0) {
-            *out++ = c;
-        } else {
-            text.advance(out);
-            out = text.room(left + longestEscape + 1);
-            *out++ = '\\';
-            *out++ = escape;
-            if (escape == 'u') { // below 32: the first two of the four digits are zero
-                *out++ = '0';
-                *out++ = '0';
-                *out++ = c < 16 ? '0' : '1';
-                *out++ = "0123456789abcdef"[c % 16];
+    const char* next = bytes.data();
+    const char* const end = next + bytes.size();
+    const auto left = [&] { return static_cast<std::size_t>(end - next); };
+    while (next != end) {
+        if (left() >= PlainBytes::width) {
+            // All are copied; those from an escape on are written over.
+            const std::size_t plain = PlainBytes::copyUpToEscape(out, next);
+            out += plain;
+            next += plain;
+            if (plain == PlainBytes::width) {
+                continue;
             }
         }
-        --left;
+        const char c = *next++;
+        if (const char escape = escapes[static_cast<unsigned char>(c)]) {
+            text.advance(out);
+            out = writeEscape(text.room(longestEscape + left() + 1), c, escape);
+        } else {
+            *out++ = c;
+        }
     }
     *out++ = '"';
     text.advance(out);
+}
+
+template <typename Number>
+void appendNumber(TextBuffer& text, Number number)
+{
+    text.advance(NumberText::write(text.room(NumberText::longest), number));
 }
 
 /// Appends a value without children.
@@ -87,11 +110,13 @@ void appendLeaf(TextBuffer& text, const Value& value, Value::Kind kind)
         text.append(std::string_view(value.to_b() ? "true" : "false"));
         break;
     case Value::Kind::Integer:
+        appendNumber(text, static_cast<long long>(value.holder().get<int>()));
+        break;
     case Value::Kind::Long:
-        text.advance(NumberText::write(text.room(NumberText::longest), value.to_l()));
+        appendNumber(text, value.holder().get<long long>());
         break;
     case Value::Kind::Real:
-        text.advance(NumberText::write(text.room(NumberText::longest), value.to_f()));
+        appendNumber(text, value.holder().get<double>());
         break;
     default: // a type of no kind has no text
         break;
@@ -122,7 +147,7 @@ std::string write(const Value& root)
             first = false;
         }
         if (open.empty()) {
-            return text.take();
+            return text.text();
         }
         ChildCursor& next = open.back();
         if (!first) {
