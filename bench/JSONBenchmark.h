@@ -63,6 +63,7 @@ void timeMaking(benchmark::State& state, Make make, const char* counter = nullpt
 {
     for ([[maybe_unused]] auto iteration : state) {
         state.PauseTiming();
+        settleHeap();
         std::optional<decltype(make())> made;
         const std::size_t before = heapInUse();
         state.ResumeTiming();
@@ -123,12 +124,14 @@ void registerTree(const std::string& document, const std::string& library, const
     registerOne(document + "/destroy/" + library, [&content](benchmark::State& state) {
         for ([[maybe_unused]] auto iteration : state) {
             state.PauseTiming();
+            settleHeap();
             std::optional<typename Library::Tree> tree(Library::build(content));
             state.ResumeTiming();
             tree.reset();
         }
     });
     registerOne(document + "/write/" + library, [&content](benchmark::State& state) {
+        settleHeap();
         const typename Library::Tree tree = Library::build(content);
         timeMaking(state, [&] { return Library::write(tree); });
     });
@@ -139,6 +142,7 @@ void registerCopying(const std::string& document, const std::string& library,
                      const Content& content)
 {
     registerOne(document + "/copy/" + library, [&content](benchmark::State& state) {
+        settleHeap();
         const typename Library::Tree tree = Library::build(content);
         timeMaking(state, [&] { return Library::copy(tree); });
     });

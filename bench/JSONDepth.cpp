@@ -37,18 +37,21 @@ void registerShape(const std::string& name, Value (*make)(std::size_t), std::siz
     registerOne(document + "/build/Value",
                 [=](benchmark::State& state) { timeMaking(state, [=] { return make(arrays); }); });
     registerOne(document + "/copy/Value", [=](benchmark::State& state) {
+        settleHeap();
         const Value value = make(arrays);
         timeMaking(state, [&] { return Value(value); });
     });
     registerOne(document + "/destroy/Value", [=](benchmark::State& state) {
         for ([[maybe_unused]] auto iteration : state) {
             state.PauseTiming();
+            settleHeap();
             std::optional<Value> value(make(arrays));
             state.ResumeTiming();
             value.reset();
         }
     });
     registerOne(document + "/write/Value", [=](benchmark::State& state) {
+        settleHeap();
         const Value value = make(arrays);
         timeMaking(state, [&] { return value.to_json(); });
     });
