@@ -1,16 +1,15 @@
 // An OID when memory is exhausted: arrays that netsnmp_malloc refuses, texts that operator new
 // refuses.
 
-#include "tests/snmp/FailingNew.h"
 #include "tests/snmp/OIDTestHelpers.h"
 #include "tests/snmp/OIDValueHelpers.h"
+#include "tests/support/CountedNew.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cstring>
 
-using OIDFakes::Allocations;
 using OIDFakes::Replace;
 using OIDFakes::slots;
 using testing::ElementsAre;
@@ -28,11 +27,11 @@ TEST(WithoutMemoryForAnArray, ConstructorsLeaveItEmpty)
 {
     const OID original = makeOID({1, 3, 6});
     {
-        const Allocations refusing(1);
+        const OIDFakes::Allocations refusing(1);
         expectEmpty(makeOID({1, 3, 6}));
     }
     {
-        const Allocations refusing(1);
+        const OIDFakes::Allocations refusing(1);
         const OID copy(original); // NOLINT(performance-unnecessary-copy-initialization): tested
         expectEmpty(copy);
     }
@@ -40,7 +39,7 @@ TEST(WithoutMemoryForAnArray, ConstructorsLeaveItEmpty)
         return std::fill_n(ids, *count, 3) - *count; // a name as long as there is room for
     });
     for (const bool lastOnly : {false, true}) {
-        const Allocations refusing(1);
+        const OIDFakes::Allocations refusing(1);
         expectEmpty(OID("parsed", lastOnly));
         EXPECT_EQ(refusing.counts(), std::vector<std::size_t>{lastOnly ? 1U : MAX_OID_LEN});
     }
@@ -50,7 +49,7 @@ TEST(WithoutMemoryForAnArray, DupLeavesItEmptyAndStillReturnsZero)
 {
     OID id = makeOID({1, 3, 6});
     const oid ids[] = {1, 3, 6, 1};
-    const Allocations refusing(1);
+    const OIDFakes::Allocations refusing(1);
     EXPECT_EQ(id.dup(ids, 4, 4), 0);
     expectEmpty(id);
     EXPECT_FALSE(id.append(makeOID({1}))) << "the capacity is 0";
@@ -60,7 +59,7 @@ TEST(WithoutMemoryForAnArray, AssignmentLeavesItEmpty)
 {
     OID id = makeOID({1, 3, 6});
     const OID longer = makeOID({1, 3, 6, 1});
-    const Allocations refusing(1);
+    const OIDFakes::Allocations refusing(1);
     id = longer;
     expectEmpty(id);
     EXPECT_FALSE(id.append(makeOID({1}))) << "the capacity is 0";
@@ -71,7 +70,7 @@ TEST(WithoutMemoryForAnArray, AppendWithoutTheTemporaryCopyChangesNothing)
     OID id = makeOID({1, 3});
     const OID other = makeOID({6, 1});
     const oid* const array = id.oidptr();
-    const Allocations refusing(1);
+    const OIDFakes::Allocations refusing(1);
     EXPECT_FALSE(id.append(other));
     EXPECT_THAT(refusing.counts(), ElementsAre(4));
     EXPECT_EQ(id.oidptr(), array);
@@ -82,7 +81,7 @@ TEST(WithoutMemoryForAnArray, AppendWithoutTheNewArrayLosesTheSubIdentifiers)
 {
     OID id = makeOID({1, 3});
     const OID other = makeOID({6, 1});
-    const Allocations refusing(2);
+    const OIDFakes::Allocations refusing(2);
     EXPECT_FALSE(id.append(other));
     EXPECT_THAT(refusing.counts(), ElementsAre(4, 4)) << "the temporary copy, then the new array";
     EXPECT_EQ(refusing.unreleased(), 0U) << "the temporary copy is released";
@@ -93,16 +92,7 @@ TEST(WithoutMemoryForAnArray, AppendWithoutTheNewArrayLosesTheSubIdentifiers)
 // Longer than what the standard libraries keep inside a string, so that each copy needs memory.
 constexpr char longText[] = "a text that is too long to be kept inside of a string itself";
 
-class WithoutMemoryForAText : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!FailingNew::supported()) {
-            GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
-        }
-    }
-};
+using WithoutMemoryForAText = NeedsCountedNew;
 
 TEST_F(WithoutMemoryForAText, DottedNotationIsEmpty)
 {
@@ -111,7 +101,7 @@ TEST_F(WithoutMemoryForAText, DottedNotationIsEmpty)
     ASSERT_TRUE(id.valid());
     std::string text = "before";
     {
-        const FailingNew failing;
+        const AllocationLimit none(0);
         text = id.toDottedNotation();
     }
     EXPECT_EQ(text, "");
@@ -129,7 +119,7 @@ TEST_F(WithoutMemoryForAText, NameIsEmptyAndTheFormatAsBefore)
     std::string inFormat = "before";
     std::string plain = "before";
     {
-        const FailingNew failing;
+        const AllocationLimit none(0);
         inFormat = id.toString(NETSNMP_OID_OUTPUT_NUMERIC);
         plain = id.toString();
     }
@@ -146,7 +136,7 @@ protected:
     {
         std::string text = "before";
         {
-            const FailingNew failing;
+            const AllocationLimit none(0);
             text = m_id.toValue(var);
         }
         EXPECT_EQ(text, "");

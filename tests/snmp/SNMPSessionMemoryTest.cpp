@@ -1,8 +1,8 @@
 // A session when memory is exhausted. The source under test is compiled in here with another
 // malloc, which works with every linker and beside every sanitizer.
 
-#include "tests/snmp/FailingNew.h"
 #include "tests/snmp/FakeNetSNMP.h" // for a session whose fields are open; nothing is faked here
+#include "tests/support/CountedNew.h"
 
 #include <gtest/gtest.h>
 
@@ -46,17 +46,16 @@ TEST(SNMPSessionMemory, WithoutAnyThereIsNoEngineIDAndTheOutputsAreUntouched)
     EXPECT_EQ(length, 99U);
 }
 
-TEST(SNMPSessionMemory, WithoutAnyForThePeersTextTheConstructionEndsInTheException)
+using SNMPSessionWithoutMemory = NeedsCountedNew;
+
+TEST_F(SNMPSessionWithoutMemory, TheConstructionEndsInTheException)
 {
-    if (!FailingNew::supported()) {
-        GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
-    }
     const NameGuard name("Test");
     const SNMPSecurity nothing;
     const std::string host = "192.0.2.7";
     bool thrown = false;
     {
-        const FailingNew failing;
+        const AllocationLimit none(0);
         try {
             const OpenBook session(SNMP_VERSION_3, nothing, host, false);
         } catch (const std::bad_alloc&) {

@@ -1,4 +1,4 @@
-#include "tests/value/CountedNew.h"
+#include "tests/support/CountedNew.h"
 #include "tests/value/ValueTestHelpers.h"
 #include "value/Value.h"
 
@@ -9,6 +9,8 @@
 // What happens when memory runs out.
 
 namespace {
+
+using AllocationTest = NeedsCountedNew;
 
 Value document()
 {
@@ -44,13 +46,13 @@ void failEachAllocation(const Value& source, Body body)
     }
 }
 
-TEST(AllocationTest, AFailedCopyFreesWhatItBuilt)
+TEST_F(AllocationTest, AFailedCopyFreesWhatItBuilt)
 {
     const Value source = document();
     failEachAllocation(source, [&] { copyOf(source); });
 }
 
-TEST(AllocationTest, AFailedAssignmentKeepsThePreviousContent)
+TEST_F(AllocationTest, AFailedAssignmentKeepsThePreviousContent)
 {
     const Value source = document();
     int failures = 0;
@@ -69,14 +71,14 @@ TEST(AllocationTest, AFailedAssignmentKeepsThePreviousContent)
     EXPECT_EQ(kept, failures);
 }
 
-TEST(AllocationTest, AFailedRenderingLeavesTheValueAlone)
+TEST_F(AllocationTest, AFailedRenderingLeavesTheValueAlone)
 {
     const Value source = document();
     failEachAllocation(source, [&] { source.to_json(); });
     failEachAllocation(source, [&] { source.to_s(); });
 }
 
-TEST(AllocationTest, AFailedConversionLeavesTheValueAlone)
+TEST_F(AllocationTest, AFailedConversionLeavesTheValueAlone)
 {
     const Value source = document();
     failEachAllocation(source, [&] { source.to_a(); });
@@ -85,7 +87,7 @@ TEST(AllocationTest, AFailedConversionLeavesTheValueAlone)
     failEachAllocation(hash, [&] { hash.to_a(); });
 }
 
-TEST(AllocationTest, AFailedMergeLeavesTheTargetInOrder)
+TEST_F(AllocationTest, AFailedMergeLeavesTheTargetInOrder)
 {
     const Value::Hash original{{"k", Value::Hash{{"x", Value::Hash{{"y", 1}}}, {"z", 2}}}};
     const std::pair<std::string, Value> entry(
@@ -109,7 +111,7 @@ TEST(AllocationTest, AFailedMergeLeavesTheTargetInOrder)
     EXPECT_GT(failures, 0);
 }
 
-TEST(AllocationTest, DestructionAllocatesNothing)
+TEST_F(AllocationTest, DestructionAllocatesNothing)
 {
     Value deep = nestedHashes(1000, document());
     Value wide = Value::Array{document(), document(), nestedArrays(1000, document())};
@@ -120,7 +122,7 @@ TEST(AllocationTest, DestructionAllocatesNothing)
     EXPECT_TRUE(wide.holder().empty());
 }
 
-TEST(AllocationTest, MovesAllocateNothing)
+TEST_F(AllocationTest, MovesAllocateNothing)
 {
     Value source = document();
     const AllocationLimit none(0);

@@ -1,4 +1,4 @@
-#include "tests/value/CountedNew.h"
+#include "tests/support/CountedNew.h"
 #include "tests/value/ReaderTestHelpers.h"
 #include "tests/value/ValueTestHelpers.h"
 
@@ -12,8 +12,11 @@
 
 namespace {
 
+using JSONReaderAllocationTest = NeedsCountedNew;
+using CountedNewTest = NeedsCountedNew;
+
 /// Lets the first, second, … allocation of the read fail until none does.
-TEST(JSONReaderAllocationTest, GivesNilWhenMemoryRunsOut)
+TEST_F(JSONReaderAllocationTest, GivesNilWhenMemoryRunsOut)
 {
     const std::string text = R"({"a long enough name":[1,2.5,true,null,"a long enough string\n",)"
                              R"([[[[{"b":{"c":[]}}]]]]],"bare name that is long","d":"e"} )";
@@ -45,7 +48,7 @@ TEST(JSONReaderAllocationTest, GivesNilWhenMemoryRunsOut)
 }
 
 /// The nil of bad input is the one with a null pointer, for which there is memory even then.
-TEST(JSONReaderAllocationTest, GivesTheEmptyNilWithoutAnyMemory)
+TEST_F(JSONReaderAllocationTest, GivesTheEmptyNilWithoutAnyMemory)
 {
     std::istringstream in("x");
     const AllocationLimit none(0);
@@ -83,7 +86,7 @@ std::ostream& operator<<(std::ostream& os, const CostCase& row)
     return os << row.name;
 }
 
-class DepthCostTest : public testing::TestWithParam<CostCase>
+class DepthCostTest : public NeedsCountedNew, public testing::WithParamInterface<CostCase>
 {};
 
 Allocations costOf(const CostCase& row, std::size_t depth)
@@ -129,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 /// The counts above are not all zero.
-TEST(DepthCostTest, CountsWhatIsAllocated)
+TEST_F(CountedNewTest, CountsWhatIsAllocated)
 {
     const CostCase row{"", [](const std::string&, Value& value) { copyOf(value); }};
     EXPECT_GT(costOf(row, 1000).count, 1000);

@@ -1,12 +1,24 @@
-#include "tests/value/CountedNew.h"
+#include "tests/support/CountedNew.h"
 
 #include <cstdlib>
 #include <new>
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define CANNOT_REPLACE_NEW
+#endif
+#endif
 
 namespace {
 
 thread_local long allocationsLeft = -1; ///< negative for all
 thread_local Allocations allocations{0, 0, 0};
+
+} // namespace
+
+#ifndef CANNOT_REPLACE_NEW
+
+namespace {
 
 void* allocate(std::size_t size)
 {
@@ -41,6 +53,11 @@ void* operator new(std::size_t size)
 {
     return allocate(size);
 }
+// Sanitizers bring arrays an operator of their own, which does not come by the one above.
+void* operator new[](std::size_t size)
+{
+    return allocate(size);
+}
 void operator delete(void* memory) noexcept
 {
     release(memory);
@@ -48,6 +65,25 @@ void operator delete(void* memory) noexcept
 void operator delete(void* memory, std::size_t /*size*/) noexcept
 {
     release(memory);
+}
+void operator delete[](void* memory) noexcept
+{
+    release(memory);
+}
+void operator delete[](void* memory, std::size_t /*size*/) noexcept
+{
+    release(memory);
+}
+
+#endif
+
+bool Allocations::supported() noexcept
+{
+#ifdef CANNOT_REPLACE_NEW
+    return false;
+#else
+    return true;
+#endif
 }
 
 Allocations Allocations::current() noexcept

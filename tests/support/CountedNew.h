@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+
+// A program that links this has an operator new of its own, which counts, and can be told to fail.
+// All of it concerns the calling thread only. Such a program should hold no other tests.
+
+/// What operator new was asked for so far.
+struct Allocations
+{
+    long count;        ///< how many
+    std::size_t bytes; ///< how much in all, with what was freed since
+    long unfreed;      ///< how many are not yet freed
+
+    static Allocations current() noexcept;
+
+    /// False beside ThreadSanitizer's runtime for Clang, whose operator new cannot be replaced.
+    /// Then nothing is counted and nothing fails, and a test that needs it has to skip itself.
+    static bool supported() noexcept;
+};
+
+/// For its own lifetime lets that many further allocations succeed. Those after them fail: operator
+/// new throws std::bad_alloc.
+class AllocationLimit
+{
+public:
+    explicit AllocationLimit(long count) noexcept;
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    ~AllocationLimit();
+};
+
+/// A fixture for tests that depend on it.
+class NeedsCountedNew : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!Allocations::supported()) {
+            GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
+        }
+    }
+};
