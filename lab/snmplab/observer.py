@@ -7,16 +7,18 @@ one JSON object (see `observe`), standard output and error of the command in it.
 
 from __future__ import annotations
 
+import contextlib
 import json
 import os
 import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 from typing import List
 
-_TURN = 0.002
+_TURN = 0.02
 
 
 def observe(command: List[str], seconds: float) -> dict:
@@ -31,19 +33,10 @@ def observe(command: List[str], seconds: float) -> dict:
         child = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=out, stderr=err
         )
-        memory, waited, stopped = 0, 0.0, False
-        while True:
-            # Asked for while it runs: what wait4 tells counts this program's too.
-            memory = max(memory, _peak(child.pid))
-            waited = max(waited, _waited(child.pid))
-            pid, status, used = os.wait4(child.pid, os.WNOHANG)
-            elapsed = time.monotonic() - started
-            if pid:
-                break
-            if elapsed > seconds and not stopped:
-                os.kill(child.pid, signal.SIGKILL)
-                stopped = True
-            time.sleep(_TURN)
+        watch = _Watch(child.pid, seconds)
+        _, status, used = os.wait4(child.pid, 0)
+        elapsed = time.monotonic() - started
+        watch.end()
         child.returncode = os.waitstatus_to_exitcode(status)
         after = _udp()
         texts = []
@@ -53,16 +46,53 @@ def observe(command: List[str], seconds: float) -> dict:
     return {
         "code": child.returncode,
         "seconds": round(elapsed, 4),
-        "stopped": stopped,
-        "memory": memory,
+        "stopped": watch.stopped,
+        "memory": _memory(watch.memory, used.ru_maxrss),
         "processor": round(used.ru_utime + used.ru_stime, 4),
         "switches": used.ru_nvcsw,
-        "waited": round(waited, 4),
+        "waited": round(watch.waited, 4),
         "received": after["InDatagrams"] - before["InDatagrams"],
         "lost": after["RcvbufErrors"] - before["RcvbufErrors"],
         "out": texts[0],
         "err": texts[1],
     }
+
+
+class _Watch(threading.Thread):
+    """Looks at a process from time to time, and kills it once its time is over."""
+
+    def __init__(self, pid: int, seconds: float):
+        super().__init__(daemon=True)
+        self.memory, self.waited, self.stopped = 0, 0.0, False
+        self._pid = pid
+        self._handle = os.pidfd_open(pid)
+        self._last = time.monotonic() + seconds
+        self._ended = threading.Event()
+        self.start()
+
+    def run(self) -> None:
+        while True:
+            self.memory = max(self.memory, _peak(self._pid))
+            self.waited = max(self.waited, _waited(self._pid))
+            if self._ended.wait(_TURN):
+                return
+            if time.monotonic() > self._last and not self.stopped:
+                self.stopped = True
+                with contextlib.suppress(ProcessLookupError):
+                    # Not by its number, which may be another's once it was waited for.
+                    signal.pidfd_send_signal(self._handle, signal.SIGKILL)
+
+    def end(self) -> None:
+        """The process was waited for."""
+        self._ended.set()
+        self.join()
+        os.close(self._handle)
+
+
+def _memory(seen: int, told: int) -> int:
+    """What wait4 tells is exact, but not less than this program had when it made the
+    process."""
+    return told if told > _peak(os.getpid()) else seen
 
 
 def _peak(pid: int) -> int:
