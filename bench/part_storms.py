@@ -161,7 +161,7 @@ def runs_of(data):
     counts = {agents: {len(results) for name, results in data["storms"].items()
                        if name.endswith(f"/{agents}")} - {0}
               for agents in AGENTS}
-    words = [f"{agents:,} agents {' or '.join(map(str, sorted(count)))}"
+    words = [f"{agents:,} agents {' to '.join(map(str, sorted({min(count), max(count)})))}"
              for agents, count in counts.items() if count]
     return f"Runs of each case: {', '.join(words)}."
 
