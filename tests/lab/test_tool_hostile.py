@@ -190,7 +190,7 @@ class Hostile(ToolTest):
         flood = ("--behaviour", "random", "--agents", "1000", "--flood", "100000")
         result = self.run_beside_a_quiet_one(network(*flood))
         self.assertEqual(listed(result) - GOOD, set())
-        self.assertGreater(result["received"] + result["lost"], 10000)
+        self.assertGreater(result["received"] + result["lost"], 1000)
 
     def test_a_flood_of_mutated_answers_for_the_whole_run(self):
         found = self.found("mutated", 200, "--flood", "2000")
