@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 // What a read does to the stream that it is given, beyond consuming characters.
 
@@ -182,6 +185,31 @@ TEST(JSONReaderStreamTest, AsksForNoCharacterBehindTheValue)
             Value::parse_json(in);
             EXPECT_EQ(stateText(in.rdstate()), "good") << kind << " " << text;
         }
+    }
+}
+
+/// Reads on different streams need no lock.
+TEST(JSONReaderStreamTest, ReadsDifferentStreamsOnDifferentThreads)
+{
+    const auto readMany = [](std::string* result) {
+        for (int count = 0; count < 200; ++count) {
+            std::istringstream in("[[[1.5,{\"a\":[\"\\u00e9\"]}]],true");
+            Value::parse_json(in); // cut off
+            in.clear();
+            in.str("[[[1.5,{\"a\":[\"\\u00e9\"]}]],true]");
+            *result = Value::parse_json(in).to_json();
+        }
+    };
+    std::array<std::string, 4> results;
+    std::vector<std::thread> threads;
+    for (std::string& result : results) {
+        threads.emplace_back(readMany, &result);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const std::string& result : results) {
+        EXPECT_EQ(result, "[[[1.5,{\"a\":[\"\xC3\xA9\"]}]],true]");
     }
 }
 
