@@ -189,7 +189,7 @@ def parts_table(data):
 
 def growth_table(data, key, what):
     rows = []
-    for number, each in data[key].items():
+    for number, each in sorted(data[key].items(), key=lambda item: int(item[0])):
         rows.append([
             f"{int(number):,}",
             f"{each['seconds']:.2f}",
