@@ -31,7 +31,8 @@ using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu
 /// others fail. Nothing here prints; nothing throws but the constructors, for lack of memory.
 ///
 /// Threads: Initialize and Terminate run on one thread while there is no session. A session belongs
-/// to the thread that made it; several sessions may live in several threads at once.
+/// to the thread that made it; several sessions may live in several threads at once. They are opened
+/// one after the other, under a lock of the library's own.
 class SNMPSession
 {
 public:

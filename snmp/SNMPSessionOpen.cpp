@@ -4,6 +4,7 @@
 #include "snmp/SNMPSession.h"
 
 #include <cstdlib>
+#include <mutex>
 
 namespace UVARNETSNMP {
 
@@ -136,6 +137,18 @@ void ReleaseCopies(netsnmp_session& session)
     ReleaseCopy(session.securityPrivProto);
 }
 
+/// Net-SNMP calls its callbacks for each new session under a lock of its own that is a plain
+/// integer. Two threads can leave it locked for ever, and every later opening then waits for a
+/// tenth of a second and complains; and the first openings set up defaults that others read at the
+/// same time. Constant-initialised, so that it is there before any session.
+std::mutex opening;
+
+void* openAlone(netsnmp_session* session)
+{
+    const std::lock_guard<std::mutex> lock(opening);
+    return snmp_sess_open(session);
+}
+
 } // namespace
 
 bool SNMPSession::InitializeSession(long version, bool broadcast)
@@ -144,7 +157,7 @@ bool SNMPSession::InitializeSession(long version, bool broadcast)
         return m_sessionPtr != nullptr;
     }
     Fill(m_session, m_security, version, m_peerName.get(), broadcast);
-    m_sessionHandle = snmp_sess_open(&m_session);
+    m_sessionHandle = openAlone(&m_session);
     if (m_sessionHandle != nullptr) {
         m_sessionPtr = snmp_sess_session(m_sessionHandle);
     }

@@ -6,15 +6,20 @@
 
 #include <sys/select.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
+#include <thread>
 
 namespace {
 
 thread_local bool counting = false;
 thread_local int left = 0;
 thread_local const char* failedFunction = "";
+
+std::atomic<int> openings{0};
+std::atomic<bool> openedAtOnce{false};
 
 } // namespace
 
@@ -33,6 +38,11 @@ FaultPoints::~FaultPoints()
 void FaultPoints::stopCounting()
 {
     counting = false;
+}
+
+bool FaultPoints::sessionsWereOpenedAtOnce()
+{
+    return openedAtOnce;
 }
 
 std::string FaultPoints::failed()
@@ -79,7 +89,6 @@ FAULT_POINT(int, generate_Ku,
             (const oid* hash, u_int hashLength, const u_char* phrase, size_t phraseLength,
              u_char* key, size_t* keyLength),
             (hash, hashLength, phrase, phraseLength, key, keyLength), SNMPERR_GENERR)
-FAULT_POINT(void*, snmp_sess_open, (netsnmp_session * session), (session), nullptr)
 FAULT_POINT(netsnmp_session*, snmp_sess_session, (void* handle), (handle), nullptr)
 FAULT_POINT(netsnmp_transport*, snmp_sess_transport, (void* handle), (handle), nullptr)
 FAULT_POINT(netsnmp_pdu*, snmp_pdu_create, (int type), (type), nullptr)
@@ -108,6 +117,22 @@ int __wrap_snmp_sess_synch_response(void* handle, netsnmp_pdu* pdu, netsnmp_pdu*
         return STAT_ERROR;
     }
     return __real_snmp_sess_synch_response(handle, pdu, response);
+}
+
+void* __real_snmp_sess_open(netsnmp_session* session);
+void* __wrap_snmp_sess_open(netsnmp_session* session);
+void* __wrap_snmp_sess_open(netsnmp_session* session)
+{
+    if (FaultPoints::isDue("snmp_sess_open")) {
+        return nullptr;
+    }
+    if (++openings > 1) {
+        openedAtOnce = true;
+    }
+    std::this_thread::yield(); // another thread would come in now
+    void* const handle = __real_snmp_sess_open(session);
+    --openings;
+    return handle;
 }
 
 /// operator new and new[], by the names that the compilers for 64 bits give them.

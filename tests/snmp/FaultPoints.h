@@ -22,6 +22,9 @@ public:
     /// The function that failed; empty if there were fewer calls.
     static std::string failed();
 
+    /// Whether two threads have ever been in snmp_sess_open at the same time.
+    static bool sessionsWereOpenedAtOnce();
+
     /// Whether the call that is being made is the one. For the wrappers.
     static bool isDue(const char* function);
 };

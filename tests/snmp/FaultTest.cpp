@@ -14,6 +14,8 @@
 #include <new>
 #include <set>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -189,6 +191,25 @@ TEST_F(SNMPSessionLoopback, EachFailureWhileAnOIDIsPrinted)
         EXPECT_TRUE(dotted.empty() || dotted == "1.3.6.1.2.1.1.3.0") << dotted;
     });
     EXPECT_EQ(functions.count("sprint_realloc_objid"), 1U);
+}
+
+TEST_F(SNMPSessionLoopback, ThreadsOpenTheirSessionsOneAfterTheOther)
+{
+    // Net-SNMP's opening has a lock that two threads can leave locked for ever.
+    std::vector<std::thread> threads;
+    threads.reserve(16);
+    for (int i = 0; i < 16; ++i) {
+        threads.emplace_back([] {
+            for (int session = 0; session < 50; ++session) {
+                const Probe probe(SNMP_VERSION_1, "public", "127.0.0.1:9", true);
+                EXPECT_NE(probe.m_sessionPtr, nullptr);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_FALSE(FaultPoints::sessionsWereOpenedAtOnce());
 }
 
 } // namespace

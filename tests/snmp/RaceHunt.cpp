@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -34,21 +35,22 @@ void work(const std::string& host, std::atomic<long>& unanswered)
     std::atomic<long> answers{0};
     const OID sysUpTime("sysUpTime.0");
     SNMPSession session(SNMP_VERSION_1, "public", host, true);
-    session.Get(sysUpTime, &receive, &answers, Poco::Timespan(0, 300000));
+    session.Get(sysUpTime, &receive, &answers, Poco::Timespan(1, 0));
     if (answers == 0 || sysUpTime.toDottedNotation() != "1.3.6.1.2.1.1.3.0") {
         ++unanswered;
     }
 }
 
 /// All threads of a round start at once; returns how many went without an answer.
-long round(int number, const std::string& host)
+long round(int number, const std::vector<std::unique_ptr<LoopbackAgent>>& agents)
 {
     std::atomic<bool> go{false};
     std::atomic<long> unanswered{0};
     std::vector<std::thread> threads;
     threads.reserve(static_cast<std::size_t>(number));
     for (int i = 0; i < number; ++i) {
-        threads.emplace_back([&] {
+        const std::string host = agents[static_cast<std::size_t>(i) % agents.size()]->Host();
+        threads.emplace_back([&go, &unanswered, host] {
             while (!go) {
                 std::this_thread::yield();
             }
@@ -74,17 +76,21 @@ int main(int argc, char** argv)
     const auto end = Clock::now() + std::chrono::seconds(std::atoi(argv[2]));
     const TestSupport::SNMPEnvironment environment;
     SNMPSession::Initialize("RaceHunt", "", argv[3], "Printer-MIB");
-    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, std::size_t) {
-        self.Reply(Wire::Response(request, 42));
-    });
-    const std::string host = agent.Host();
+    // The buffer of an agent's socket has room for some 270 requests.
+    std::vector<std::unique_ptr<LoopbackAgent>> agents;
+    for (int i = 0; i <= number / 100; ++i) {
+        agents.push_back(std::make_unique<LoopbackAgent>(
+            [](const LoopbackAgent& self, const std::string& request, std::size_t) {
+                self.Reply(Wire::Response(request, 42));
+            }));
+    }
     long rounds = 0;
     long unanswered = 0;
     do {
-        unanswered += round(number, host);
+        unanswered += round(number, agents);
         ++rounds;
     } while (Clock::now() < end);
-    agent.Stop();
+    agents.clear();
     SNMPSession::Terminate();
     std::cout << rounds << " rounds of " << number << " threads, " << unanswered
               << " without an answer\n";
