@@ -168,6 +168,19 @@ TEST_P(StandardErrorLogTo, ThreadsThatFindNoRoomDoNotWait)
 INSTANTIATE_TEST_SUITE_P(Kinds, StandardErrorLogTo, testing::Bool(),
                          [](const auto& row) { return row.param ? "Socket" : "Pipe"; });
 
+#ifdef __linux__
+TEST(StandardErrorLog, APipeIsOpenedOnceMoreSoThatItsFlagsAreItsOwn)
+{
+    const Channel channel(false);
+    const int descriptor = StandardErrorLog::withoutWaiting(channel.writer());
+    EXPECT_NE(descriptor, channel.writer());
+    EXPECT_NE(fcntl(descriptor, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+    const Channel socket(true);
+    EXPECT_EQ(StandardErrorLog::withoutWaiting(socket.writer()), socket.writer());
+}
+#endif
+
 TEST(StandardErrorLog, WritesToAFileBehindWhatIsThere)
 {
     const TemporaryDirectory directory;
