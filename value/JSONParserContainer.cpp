@@ -91,7 +91,6 @@ Value* JSONParser::placeAfterValue(Nesting& nesting)
             if (innermost.array) {
                 return &nesting.elements.emplace_back();
             }
-            skipWhitespace();
             if (Value* const place = nextEntry(*innermost.hash)) {
                 return place;
             }
@@ -104,12 +103,14 @@ Value* JSONParser::placeAfterValue(Nesting& nesting)
     return nullptr;
 }
 
-/// The entry for the next name that has a value, with the text right before a name; null when the
-/// hash ended instead.
+/// The entry for the next name that has a value, with the text right before a name or blanks; null
+/// when the hash ended instead.
 Value* JSONParser::nextEntry(Value::Hash& hash)
 {
     for (;;) {
-        expect('"');
+        if (peekPastBlanks() != '"') {
+            throw std::exception();
+        }
         std::string name = getText();
         switch (peekPastBlanks()) {
         case ':':
@@ -118,7 +119,6 @@ Value* JSONParser::nextEntry(Value::Hash& hash)
             return &hash.try_emplace(hash.end(), std::move(name))->second;
         case ',':
             m_source.skip();
-            skipWhitespace();
             break;
         default:
             expect('}');
