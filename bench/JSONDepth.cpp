@@ -1,6 +1,8 @@
 #include "bench/JSONBenchmark.h"
 #include "value/Value.h"
 
+#include <sstream>
+
 namespace {
 
 /// One array inside the other.

@@ -1,4 +1,4 @@
-#include "bench/JSONBenchmark.h"
+#include "bench/JSONLibrary.h"
 
 #include <Poco/Dynamic/Var.h>
 #include <Poco/JSON/Array.h>

@@ -1,4 +1,4 @@
-#include "bench/JSONBenchmark.h"
+#include "bench/JSONLibrary.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/istreamwrapper.h>
