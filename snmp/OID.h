@@ -35,7 +35,9 @@ public:
     /// The name `text` as snmp_parse_oid reads it: dotted numbers, or a symbolic name that the
     /// loaded MIB modules define. Length and capacity are the number of sub-identifiers parsed.
     /// Empty if `text` is null, cannot be parsed or has more than MAX_OID_LEN (128)
-    /// sub-identifiers.
+    /// sub-identifiers. Not for texts of strangers: Net-SNMP 5.9.3 reads beyond the end of one with
+    /// a quotation mark that is not closed, and takes a name that it does not know for a regular
+    /// expression, whose search has no bounds.
     explicit OID(const char* text) noexcept;
     /// The same as OID(text), or, if `lastOnly`, the last sub-identifier of that name alone.
     OID(const char* text, bool lastOnly) noexcept;
