@@ -1,5 +1,6 @@
 #pragma once
 
+#include "value/HolderMemory.h"
 #include "value/HolderTraits.h"
 
 #include <memory>
@@ -32,12 +33,14 @@ public:
 
     /// The owned object with its type.
     template <typename T>
-    class Holder final : public Placeholder
+    class Holder final : public Placeholder, public HolderMemoryFor<T>
     {
     public:
         explicit Holder(const T& object) : held(object) {}
         explicit Holder(T&& object) : held(std::move(object)) {}
-        Holder(const Holder& other) : Placeholder(), held(HolderTraits<T>::copy(other.held)) {}
+        Holder(const Holder& other)
+            : Placeholder(), HolderMemoryFor<T>(), held(HolderTraits<T>::copy(other.held))
+        {}
         Holder& operator=(const Holder&) = delete;
         ~Holder() override { HolderTraits<T>::dismantle(held); }
 

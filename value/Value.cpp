@@ -35,7 +35,8 @@ Value::Value(bool flag) : m_holder(flag) {}
 Value::Value(int number) : m_holder(number) {}
 Value::Value(long long number) : m_holder(number) {}
 Value::Value(double number) : m_holder(number) {}
-Value::Value(std::string text) : m_holder(std::move(text)) {}
+Value::Value(const std::string& text) : m_holder(text) {}
+Value::Value(std::string&& text) : m_holder(std::move(text)) {}
 Value::Value(Array elements) : m_holder(std::move(elements)) {}
 Value::Value(const Hash& entries) : m_holder(entries) {}
 Value::Value(Hash&& entries) : m_holder(std::move(entries)) {}

@@ -33,7 +33,8 @@ public:
     Value(int number);
     Value(long long number);
     Value(double number);
-    Value(std::string text);
+    Value(const std::string& text);
+    Value(std::string&& text);
     Value(Array elements);
     Value(const Hash& entries);
     Value(Hash&& entries);
