@@ -131,9 +131,22 @@ TEST_P(StandardErrorLogTo, LeavesTheSharedDescriptorBlocking)
 TEST_P(StandardErrorLogTo, WritesALongMessageInPieces)
 {
     const Channel channel(GetParam());
-    const std::string text(20000, 'x');
+    std::string text;
+    for (int i = 0; text.size() < 20000; ++i) {
+        text += std::to_string(i) + ' ';
+    }
     StandardErrorLog::write(StandardErrorLog::withoutWaiting(channel.writer()), text.c_str());
     EXPECT_EQ(channel.read(), text);
+}
+
+TEST_P(StandardErrorLogTo, AnErrorFromBeforeNeitherMattersNorIsLost)
+{
+    const Channel channel(GetParam());
+    const int descriptor = StandardErrorLog::withoutWaiting(channel.writer());
+    errno = ENOTSOCK;
+    StandardErrorLog::write(descriptor, "once\n");
+    EXPECT_EQ(errno, ENOTSOCK);
+    EXPECT_EQ(channel.read(), "once\n");
 }
 
 TEST_P(StandardErrorLogTo, SurvivesAReaderThatHasGone)
