@@ -20,16 +20,22 @@ def skip(reason):
     raise unittest.SkipTest(reason)
 
 
-@functools.lru_cache(maxsize=None)
-def _check():
+def run_outside(command, environment=None):
+    """Runs a program that refuses to start or only looks, in the machine's own namespace."""
     return subprocess.run(
-        [sys.executable, str(LAB / "lab"), "--check"],
+        command,
+        env=environment,
         stdin=subprocess.DEVNULL,
         capture_output=True,
+        text=True,
         check=False,
         timeout=60,
-        text=True,
     )
+
+
+@functools.lru_cache(maxsize=None)
+def _check():
+    return run_outside([sys.executable, str(LAB / "lab"), "--check"])
 
 
 def require_namespaces():

@@ -21,18 +21,6 @@ LAB = str(harness.LAB / "lab")
 INSIDE = str(harness.LAB / "inside")
 
 
-def inside(environment):
-    return subprocess.run(
-        [sys.executable, INSIDE],
-        env=environment,
-        stdin=subprocess.DEVNULL,
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=30,
-    )
-
-
 class Outside(unittest.TestCase):
     """These run in the machine's own namespace, and send nothing: every one of them
     must be refused."""
@@ -54,19 +42,20 @@ class Outside(unittest.TestCase):
             node.start([sys.executable, "-c", code]).wait()
 
     def test_inside_refuses_a_plain_environment(self):
-        result = inside({"PATH": os.environ["PATH"]})
+        result = harness.run_outside([sys.executable, INSIDE], {"PATH": os.environ["PATH"]})
         self.assertEqual(result.returncode, 1)
         self.assertIn("SNMP_LAB is not set", result.stderr)
 
     def test_inside_refuses_what_a_lab_left_in_the_environment(self):
         environment = dict(os.environ, SNMP_LAB="demo", SNMP_LAB_NAMESPACE="4:1")
-        result = inside(environment)
+        result = harness.run_outside([sys.executable, INSIDE], environment)
         self.assertEqual(result.returncode, 1)
         self.assertIn("names another namespace", result.stderr)
 
     def test_inside_refuses_an_environment_that_names_this_namespace(self):
         own = guard.format_identity(guard.identity())
-        result = inside(dict(os.environ, SNMP_LAB="demo", SNMP_LAB_NAMESPACE=own))
+        environment = dict(os.environ, SNMP_LAB="demo", SNMP_LAB_NAMESPACE=own)
+        result = harness.run_outside([sys.executable, INSIDE], environment)
         self.assertEqual(result.returncode, 1)
         self.assertIn("first process", result.stderr)
 

@@ -1,6 +1,5 @@
 """The simulator of agents: where it refuses to run, and what reaches the host."""
 
-import subprocess
 import unittest
 
 import harness
@@ -10,22 +9,10 @@ from snmplab import api, guard, sandbox
 from tool import simulated, simulator
 
 
-def outside(environment):
-    """Starts it in the machine's own namespace, where it must refuse."""
-    return subprocess.run(
-        [simulator(), "--first", "192.0.2.9", "--seconds", "1"],
-        env=environment,
-        stdin=subprocess.DEVNULL,
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=30,
-    )
-
-
 class Outside(unittest.TestCase):
     def refused(self, environment, words):
-        result = outside(environment)
+        command = [simulator(), "--first", "192.0.2.9", "--seconds", "1"]
+        result = harness.run_outside(command, environment)
         self.assertEqual((result.returncode, result.stdout), (1, ""))
         self.assertIn("refused: ", result.stderr)
         self.assertIn(words, result.stderr)
