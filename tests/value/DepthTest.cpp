@@ -193,6 +193,29 @@ TEST(DepthTest, ManyDeepBranchesSideBySide)
     });
 }
 
+TEST(DepthTest, AShallowBranchOnEitherSideOfEachDeepOne)
+{
+    runOnSmallStack([] {
+        Value content("end");
+        for (std::size_t level = 0; level < deepMixed; ++level) {
+            if (level % 2 == 0) {
+                Value::Array around;
+                around.emplace_back(Value::Array{1});
+                around.push_back(std::move(content));
+                around.emplace_back(Value::Array{2});
+                content = std::move(around);
+            } else {
+                Value::Hash around;
+                around.emplace("a", Value::Array{1});
+                around.emplace("b", std::move(content));
+                around.emplace("c", Value::Hash{{"d", 2}});
+                content = std::move(around);
+            }
+        }
+        EXPECT_TRUE(copyOf(content).to_json() == content.to_json());
+    });
+}
+
 TEST(DepthTest, ARawHolderOfADeepArrayIsCopiedAndDestroyed)
 {
     runOnSmallStack([] {
