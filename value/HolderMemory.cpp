@@ -1,8 +1,10 @@
 #include "value/HolderMemory.h"
 
 #include <atomic>
+#include <cassert>
 #include <cstdint>
 #include <new>
+#include <utility>
 
 // A thread hands out its block from front to back, and never again what was deleted. So handing out
 // is an addition, and deleting takes one from a count, from whatever thread.
@@ -10,10 +12,10 @@
 namespace {
 
 // AddressSanitizer tells more about holders that it knows one by one.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_HWADDRESS__)
 constexpr bool oneByOne = true;
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
+#if __has_feature(address_sanitizer) || __has_feature(hwaddress_sanitizer)
 constexpr bool oneByOne = true;
 #else
 constexpr bool oneByOne = false;
@@ -24,10 +26,12 @@ constexpr bool oneByOne = false;
 
 using Dynamic::HolderMemory;
 
+static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= HolderMemory::alignment);
+
 struct alignas(HolderMemory::alignment) Block
 {
-    /// How many holders are still to be deleted; above `unfinished` while more can come, so that
-    /// handing out need not touch it.
+    /// How many holders are still to be deleted. While more can come: `unfinished` less those that
+    /// are deleted already, so that handing out need not touch it.
     std::atomic<std::uint32_t> owed;
 };
 
@@ -63,13 +67,13 @@ void settle(Block* block, std::uint32_t count) noexcept
     }
 }
 
-/// No more holders come from the block.
-void finishBlock() noexcept
+/// No more holders come from the block of `last`, which is no longer the thread's cursor: to free a
+/// block is to call an operator delete that may be the program's own and want holders itself.
+void finishBlock(const Cursor& last) noexcept
 {
-    if (cursor.block) {
-        settle(cursor.block, unfinished - cursor.handedOut);
+    if (last.block) {
+        settle(last.block, unfinished - last.handedOut);
     }
-    cursor = {nullptr, nullptr, nullptr, 0, cursor.threadEnds};
 }
 
 struct AtThreadEnd
@@ -77,11 +81,7 @@ struct AtThreadEnd
     AtThreadEnd() = default;
     AtThreadEnd(const AtThreadEnd&) = delete;
     AtThreadEnd& operator=(const AtThreadEnd&) = delete;
-    ~AtThreadEnd()
-    {
-        finishBlock();
-        cursor.threadEnds = true;
-    }
+    ~AtThreadEnd() { finishBlock(std::exchange(cursor, {nullptr, nullptr, nullptr, 0, true})); }
     /// The first use makes the object, and with it the call of its destructor.
     void use() const noexcept {}
 };
@@ -93,21 +93,22 @@ void* handOut(std::size_t size) noexcept
     char* const place = cursor.next;
     cursor.next += size;
     ++cursor.handedOut;
-    return new (place) Tag{cursor.block} + 1;
+    Tag* const tag = new (place) Tag{cursor.block};
+    return tag + 1;
 }
 
 void* handOutOfNewBlock(std::size_t size)
 {
     auto* const memory = static_cast<char*>(::operator new(HolderMemory::blockSize));
-    finishBlock();
-    cursor.block = new (memory) Block{{unfinished}};
-    cursor.next = memory + sizeof(Block);
-    cursor.end = memory + HolderMemory::blockSize;
+    const Cursor last = cursor;
+    cursor = {new (memory) Block{{unfinished}}, memory + sizeof(Block),
+              memory + HolderMemory::blockSize, 0, last.threadEnds};
     void* const holder = handOut(size);
-    if (cursor.threadEnds) {
-        finishBlock();
+    if (last.threadEnds) {
+        finishBlock(std::exchange(cursor, {nullptr, nullptr, nullptr, 0, true}));
     } else {
         atThreadEnd.use();
+        finishBlock(last);
     }
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the block is owed this holder, and stays
     return holder;
@@ -120,6 +121,7 @@ void* HolderMemory::operator new(std::size_t size)
     if constexpr (oneByOne) {
         return ::operator new(size);
     }
+    assert(size <= largest);
     const std::size_t whole = sizeof(Tag) + (size + alignment - 1) / alignment * alignment;
     if (static_cast<std::size_t>(cursor.end - cursor.next) < whole) {
         return handOutOfNewBlock(whole);

@@ -5,12 +5,13 @@
 
 namespace Dynamic {
 
-/// A base for holders, which are small and come in crowds: gives their class its operators new and
-/// delete. What a thread makes in a row lies together in a block, so that a holder costs a fraction
-/// of an allocation. A block goes back to the heap with the last of its holders: one that outlives
-/// all others around it keeps `blockSize` octets.
+/// A class that derives from this has operators new and delete that put its objects into blocks.
+/// Made for holders, which are small and many: what a thread makes in a row lies together, so that
+/// each costs a fraction of an allocation. A block goes back to the heap with the last of its
+/// holders: one that outlives all others around it keeps `blockSize` octets.
 ///
-/// Any thread may make holders, and may delete those of another.
+/// Any thread may make holders, and may delete those of another, also while threads or the program
+/// end. `new` takes no other form for such a class: neither placement nor std::nothrow.
 class HolderMemory
 {
 public:
@@ -20,12 +21,16 @@ public:
     static constexpr std::size_t alignment = 8;
     static constexpr std::size_t blockSize = 496;
 
-    /// Throws std::bad_alloc, and nothing has changed.
+    /// `size` is at most `largest`. Throws std::bad_alloc, and nothing has changed.
     static void* operator new(std::size_t size);
     static void operator delete(void* memory) noexcept;
 
     /// False where AddressSanitizer is to watch each holder: then each is an allocation.
     static bool inBlocks() noexcept;
+
+protected:
+    HolderMemory() = default;
+    ~HolderMemory() = default; // nobody deletes through this base, whose destructor is not virtual
 };
 
 /// The base of a holder of a type that HolderMemory is not made for.

@@ -54,7 +54,7 @@ public:
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
-    /// empty, its conversions false, zero or an empty container.
+    /// empty, its conversions zero, an empty container, and false but by the Ruby rules.
     explicit Value(Dynamic::Any holder) noexcept : m_holder(std::move(holder)) {}
 
     /// The content, to be read or changed in place: `value.holder().get<Value::Array>()`.

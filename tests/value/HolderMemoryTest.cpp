@@ -40,11 +40,11 @@ void mixSizes()
     std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same run each time
     std::vector<std::shared_ptr<void>> all;
     std::vector<bool (*)(const void*)> checks;
-    for (int round = 0; round < 200; ++round) {
-        const auto fill = static_cast<unsigned char>(round);
+    for (std::size_t round = 0; round < 200; ++round) {
         (
             [&] {
-                auto object = std::make_unique<Filled<octets>>(fill);
+                auto object =
+                    std::make_unique<Filled<octets>>(static_cast<unsigned char>(round + octets));
                 EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object.get()) % HolderMemory::alignment,
                           0);
                 all.emplace_back(std::move(object));
@@ -130,6 +130,34 @@ TEST_F(HolderMemoryTest, WhenMemoryRunsOutTheNextCallIsAsGood)
     for (auto& each : all) {
         EXPECT_TRUE(each->intact());
     }
+}
+
+TEST_F(HolderMemoryTest, ABlockIsUsedToItsEndAlsoAfterAFailure)
+{
+    // On a thread of its own, so in a new block.
+    std::thread([] {
+        std::array<std::unique_ptr<Filled<64>>, 6> all;
+        for (auto& each : all) {
+            each = std::make_unique<Filled<64>>(1);
+        }
+        static_assert(HolderMemory::blockSize == 8 + 6 * (8 + 64) + (8 + 48), "what is left");
+        const auto fits = [](auto make) {
+            const AllocationLimit none(0);
+            try {
+                make();
+            } catch (const std::bad_alloc&) {
+                return false;
+            }
+            return true;
+        };
+        EXPECT_FALSE(fits([] { std::make_unique<Filled<64>>(2); }));
+        EXPECT_TRUE(fits([] { std::make_unique<Filled<48>>(3); }));
+    }).join();
+}
+
+TEST(HolderMemoryNullTest, DeletingNothingIsAllowed)
+{
+    HolderMemory::operator delete(nullptr);
 }
 
 TEST(HolderMemoryForTest, TakesTheHoldersOfAllKindsOfValues)
