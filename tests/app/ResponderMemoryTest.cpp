@@ -19,6 +19,8 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <set>
+#include <string>
 
 namespace {
 

@@ -14,6 +14,8 @@ static_assert(std::has_virtual_destructor_v<Any::Placeholder>);
 static_assert(std::is_abstract_v<Any::Placeholder>);
 static_assert(std::is_base_of_v<Any::Placeholder, Any::Holder<int>>);
 static_assert(std::is_same_v<decltype(Any::Holder<int>::held), int>);
+static_assert(sizeof(Any::Holder<void*>) == 2 * sizeof(void*), "the object is the only field");
+static_assert(sizeof(Any::Holder<std::string>) == sizeof(void*) + sizeof(std::string));
 
 static_assert(std::is_nothrow_default_constructible_v<Any>);
 static_assert(std::is_nothrow_move_constructible_v<Any>);
