@@ -18,14 +18,16 @@ else()
   set(snmpdiscovery_kind static)
 endif()
 
-# Before 1.0.0 any minor release may change an interface, afterwards only a major one.
+# Before 1.0.0 any minor release may change an interface, afterwards only a major one. That is a
+# promise about sources. The headers hold inline functions and templates, which programs compile
+# into themselves, so a program fits the shared libraries of one minor release only: each has a
+# soname of its own.
 if(PROJECT_VERSION_MAJOR EQUAL 0)
   set(snmpdiscovery_compatibility SameMinorVersion)
-  set(snmpdiscovery_soversion 0.${PROJECT_VERSION_MINOR})
 else()
   set(snmpdiscovery_compatibility SameMajorVersion)
-  set(snmpdiscovery_soversion ${PROJECT_VERSION_MAJOR})
 endif()
+set(snmpdiscovery_soversion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 
 # snmpdiscovery_install_library(TARGET): installs the library, its file set of headers, its part of
 # the CMake package and packaging/snmpdiscovery-TARGET.pc.in. The file gets the project's name in
