@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <ios>
 #include <iostream>
 #include <streambuf>
@@ -39,6 +43,22 @@ TEST(Entry, ABadCommandLineEndsWith64Too)
     const CapturedOutput output;
     EXPECT_EQ(enter({"/opt/tool/SNMPDiscovery", "--unknown"}), 64);
     EXPECT_NE(output.text(), "");
+}
+
+TEST(Entry, StandardDescriptorsThatTheParentClosedAreOpenBeforeAnythingElse)
+{
+    const FakeNetwork network;
+    const pid_t child = fork();
+    if (child == 0) {
+        close(STDIN_FILENO);
+        close(STDERR_FILENO);
+        const bool ended = enter({"/opt/tool/SNMPDiscovery", "--help"}) == 64;
+        const bool open = fcntl(STDIN_FILENO, F_GETFD) == 0 && fcntl(STDERR_FILENO, F_GETFD) == 0;
+        _exit(ended && open ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
 TEST(Entry, AnExceptionFromInitIsLoggedAndEndsWith78)
