@@ -48,11 +48,14 @@ def conditions(data):
 
 def main():
     parser = argparse.ArgumentParser(prog="scripts/bench", description=__doc__.split("\n")[0])
-    parser.add_argument("--quick", action="store_true", help="short measurements, less exact")
+    parser.add_argument("--quick", action="store_true",
+                        help="short measurements, less exact; only printed, unless --write")
+    parser.add_argument("--write", action="store_true", help="put the quick ones into the files too")
     parser.add_argument("--print", action="store_true", dest="only_print",
                         help="print the tables and change no file")
     parser.add_argument("--redraw", action="store_true",
                         help="make tables and pictures from the data of the last run")
+    parser.add_argument("--check", action="store_true", help="only look at the arguments")
     parser.add_argument("--build", type=pathlib.Path, default=HERE.parent / "build" / "bench",
                         help="build folder (default: build/bench)")
     parser.add_argument("parts", nargs="*", metavar="PART",
@@ -61,6 +64,10 @@ def main():
     unknown = set(options.parts) - set(part_names())
     if unknown:
         parser.error(f"unknown part: {', '.join(sorted(unknown))}")
+    if options.check:
+        return
+    if options.quick and not options.write:
+        options.only_print = True
 
     for name in options.parts or part_names():
         part = importlib.import_module("part_" + name)

@@ -68,11 +68,11 @@ long round(int number, const std::vector<std::unique_ptr<LoopbackAgent>>& agents
 
 int main(int argc, char** argv)
 {
-    if (argc != 4) {
+    const int number = argc == 4 ? std::atoi(argv[1]) : 0;
+    if (number < 1) {
         std::cerr << "usage: snmp_race_hunt THREADS SECONDS MIBS\n";
         return 2;
     }
-    const int number = std::atoi(argv[1]);
     const auto end = Clock::now() + std::chrono::seconds(std::atoi(argv[2]));
     const TestSupport::SNMPEnvironment environment;
     SNMPSession::Initialize("RaceHunt", "", argv[3], "Printer-MIB");
