@@ -68,12 +68,12 @@ long round(int number, const std::vector<std::unique_ptr<LoopbackAgent>>& agents
 
 int main(int argc, char** argv)
 {
-    const int number = argc == 4 ? std::atoi(argv[1]) : 0;
+    const auto number = static_cast<int>(argc == 4 ? std::strtol(argv[1], nullptr, 10) : 0);
     if (number < 1) {
         std::cerr << "usage: snmp_race_hunt THREADS SECONDS MIBS\n";
         return 2;
     }
-    const auto end = Clock::now() + std::chrono::seconds(std::atoi(argv[2]));
+    const auto end = Clock::now() + std::chrono::seconds(std::strtol(argv[2], nullptr, 10));
     const TestSupport::SNMPEnvironment environment;
     SNMPSession::Initialize("RaceHunt", "", argv[3], "Printer-MIB");
     // The buffer of an agent's socket has room for some 270 requests.
