@@ -66,6 +66,11 @@ TEST(HolderMemorySizesTest, ObjectsOfAllSizesKeepApart)
     mixSizes<1, 2, 7, 8, 9, 15, 16, 17, 24, 31, 32, 40, 48, 56, 57, 63, 64>();
 }
 
+TEST(HolderMemoryBlocksTest, AreUsedUnlessAddressSanitizerIsThere)
+{
+    EXPECT_EQ(HolderMemory::inBlocks(), !BUILT_WITH_ADDRESS_SANITIZER);
+}
+
 TEST_F(HolderMemoryTest, ManyObjectsCostFewAllocations)
 {
     std::vector<std::unique_ptr<Small>> all(1000);
