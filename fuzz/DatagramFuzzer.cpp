@@ -1,5 +1,6 @@
 #include "app/SNMPDiscoveryApp.h"
 #include "fuzz/Fuzzing.h"
+#include "fuzz/SNMPSetUp.h"
 
 #include <Poco/AutoPtr.h>
 
@@ -150,12 +151,7 @@ std::string wellFormed()
 void setUpOnce()
 {
     static const bool done = [] {
-        // No file of the host's, no module, and no message.
-        setenv("SNMPCONFPATH", "/nonexistent", 1);
-        setenv("SNMP_PERSISTENT_DIR", "/nonexistent", 1);
-        netsnmp_register_loghandler(NETSNMP_LOGHANDLER_NONE, LOG_DEBUG);
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
-        SNMPSession::Initialize("Fuzz", "", "/nonexistent", "");
+        fuzzing::setUpSNMP("/nonexistent", "");
         check(responders(wellFormed()) == std::set<std::string>{sender}, "an answer counts");
         return true;
     }();

@@ -1,13 +1,12 @@
 #include "fuzz/Fuzzing.h"
+#include "fuzz/SNMPSetUp.h"
 #include "snmp/OID.h"
-#include "snmp/SNMPSession.h"
 
 #include <net-snmp/net-snmp-config.h>
 
 #include <net-snmp/net-snmp-includes.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 
 // Object identifiers from text, with the modules that the tool loads. Net-SNMP takes a name that it
@@ -23,11 +22,7 @@ using UVARNETSNMP::OID;
 void setUpOnce()
 {
     static const bool done = [] {
-        setenv("SNMPCONFPATH", "/nonexistent", 1);
-        setenv("SNMP_PERSISTENT_DIR", "/nonexistent", 1);
-        netsnmp_register_loghandler(NETSNMP_LOGHANDLER_NONE, LOG_DEBUG);
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
-        UVARNETSNMP::SNMPSession::Initialize("Fuzz", "", SNMPDISCOVERY_MIBS_DIR, "Printer-MIB");
+        fuzzing::setUpSNMP(SNMPDISCOVERY_MIBS_DIR, "Printer-MIB");
         check(OID("sysUpTime.0").toDottedNotation() == "1.3.6.1.2.1.1.3.0", "modules are loaded");
         return true;
     }();
