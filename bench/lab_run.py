@@ -1,7 +1,11 @@
 """Runs of the tool and of others in the private test network, with what they cost."""
 
+import contextlib
 import json
+import mmap
 import pathlib
+import re
+import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -13,6 +17,24 @@ from snmplab import api  # noqa: E402  (beside the folder above)
 def observe(topology, command, seconds=30.0, env=None):
     """What became of `command` on the host of `topology`: see snmplab.observer."""
     return api.observe_in_lab(topology, list(map(str, command)), seconds=seconds, env=env)
+
+
+@contextlib.contextmanager
+def in_memory(tool):
+    """Holds what `tool` reads (itself, its libraries, its modules) in memory meanwhile. A virtual
+    machine may give memory back within seconds, and each page that the disc has to bring again
+    makes a run longer: that would measure the disc."""
+    told = subprocess.run(["ldd", tool], check=True, timeout=10, capture_output=True, text=True)
+    libraries = re.findall(r"(/\S+) \(0x", told.stdout)
+    if not libraries:
+        raise SystemExit(f"ldd {tool}: {told.stdout}")
+    with contextlib.ExitStack() as held:
+        for path in (tool, *libraries, *(tool.parent / "mibs").iterdir()):
+            with open(path, "rb") as file:
+                flags = mmap.MAP_SHARED | mmap.MAP_POPULATE
+                mapped = mmap.mmap(file.fileno(), 0, flags=flags, prot=mmap.PROT_READ)
+            held.enter_context(mapped)
+        yield
 
 
 def found(result):
