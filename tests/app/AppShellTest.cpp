@@ -1,5 +1,6 @@
 #include "tests/app/FakeNetwork.h"
 #include "tests/app/TestApp.h"
+#include "tests/support/Guards.h"
 
 #include <Poco/Util/Option.h>
 #include <Poco/Util/OptionCallback.h>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <fstream>
 
 using Poco::Util::Application;
 using Poco::Util::Option;
@@ -117,6 +119,18 @@ TEST(Shell, TheCommunityIsTakenOverEvenWhenTheHelpIsShown)
     EXPECT_EQ(application->m_community, "private");
 }
 
+TEST(Shell, TheConfigurationFileIsReadEvenWhenTheHelpIsShown)
+{
+    const TestSupport::TemporaryDirectory folder;
+    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "Community = private\n";
+    const FakeNetwork network;
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-h"}, folder.path().string() + "/SNMPDiscovery");
+    EXPECT_EQ(application->run(), 64);
+    EXPECT_EQ(application->m_community, "private");
+}
+
 /// Throws something that is no exception class while the options are defined.
 class FailingSubsystem : public Poco::Util::Subsystem
 {
@@ -156,6 +170,16 @@ TEST(Shell, StartsWithTheDefaultCommunityAndNoResponders)
     EXPECT_EQ(application->m_community, "public");
     EXPECT_FALSE(application->m_helpRequested);
     EXPECT_TRUE(application->m_responders.empty());
+}
+
+TEST(Shell, TheFieldsStandInOrder)
+{
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    const void* const fields[] = {&application->m_mutex, &application->m_helpRequested,
+                                  &application->m_community, &application->m_responders};
+    for (std::size_t i = 1; i < std::size(fields); ++i) {
+        EXPECT_LT(fields[i - 1], fields[i]) << i;
+    }
 }
 
 TEST(Shell, DefinesTheThreeOptionsInOrder)

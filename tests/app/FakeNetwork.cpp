@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/select.h>
+#include <time.h> // NOLINT(modernize-deprecated-headers): nanosleep is POSIX
+
 #include <chrono>
 #include <cstring>
 #include <map>
@@ -24,7 +27,6 @@ struct Opened
     std::string community;
     std::string peer;
     bool broadcast;
-    std::chrono::steady_clock::time_point at;
 };
 
 std::mutex sessionsMutex;
@@ -86,6 +88,15 @@ bool FakeNetwork::waitForRequests(std::size_t count) const
                               [&] { return m_requests.size() >= count; });
 }
 
+bool FakeNetwork::pausesAreFaked() noexcept
+{
+#ifdef __APPLE__
+    return false;
+#else
+    return true;
+#endif
+}
+
 NetworkInterface makeInterface(const std::vector<std::pair<std::string, std::string>>& addresses)
 {
     NetworkInterface interface;
@@ -119,6 +130,19 @@ extern "C" oid* snmp_parse_oid(const char* text, oid* ids, size_t* length)
     return ids;
 }
 
+/// What Poco::Thread::sleep calls. Other threads, and programs without a fake, sleep.
+extern "C" int nanosleep(const timespec* time, timespec*)
+{
+    if (inForce == nullptr || !inForce->onItsOwnThread()) {
+        return pselect(0, nullptr, nullptr, nullptr, time, nullptr);
+    }
+    inForce->record("pause " + std::to_string(time->tv_sec * 1000 + time->tv_nsec / 1000000));
+    if (inForce->pause) {
+        inForce->pause();
+    }
+    return 0;
+}
+
 extern "C" void snmp_free_pdu(netsnmp_pdu*)
 {
     ADD_FAILURE() << "the application released a response, which it keeps on purpose";
@@ -135,7 +159,7 @@ SNMPSession::SNMPSession(long version, const std::string& community, const std::
         network.open();
     }
     const std::lock_guard<std::mutex> lock(sessionsMutex);
-    sessions[this] = {version, community, host, broadcast, std::chrono::steady_clock::now()};
+    sessions[this] = {version, community, host, broadcast};
 }
 
 SNMPSession::~SNMPSession()
@@ -155,16 +179,10 @@ bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
         opened = sessions.at(this);
     }
     EXPECT_EQ(oid.toDottedNotation(), "1.3.6.1.2.1.1.3.0");
-    const FakeNetwork::Request request = {parsedText,
-                                          opened.version,
-                                          opened.community,
-                                          opened.peer,
-                                          opened.broadcast,
-                                          userData,
-                                          callback,
-                                          timeout.totalMicroseconds(),
-                                          std::this_thread::get_id(),
-                                          opened.at};
+    const FakeNetwork::Request request = {
+        parsedText,       opened.version, opened.community, opened.peer,
+        opened.broadcast, userData,       callback,         timeout.totalMicroseconds(),
+        pthread_self()};
     network.add(request);
     if (!network.get) {
         ADD_FAILURE() << "a request was sent";

@@ -2,7 +2,8 @@
 
 #include <Poco/Net/NetworkInterface.h>
 
-#include <chrono>
+#include <pthread.h>
+
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -17,10 +18,11 @@ class SNMPSession;
 }
 struct snmp_pdu;
 
-/// Stands in for the host's interfaces and for the SNMP library: the test program defines
-/// `NetworkInterface::list` and the members of `SNMPSession` that the application uses, so nothing
-/// is ever sent. It records what the application does, in order, and does what a test told it;
-/// whatever a test did not announce fails that test.
+/// Stands in for the host's interfaces, for the SNMP library and for the run's pauses: the test
+/// program defines `NetworkInterface::list`, the members of `SNMPSession` that the application uses
+/// and `nanosleep`, so nothing is ever sent and no pause takes time. It records what the
+/// application does, in order, and does what a test told it; whatever a test did not announce fails
+/// that test, except that pauses need no announcement.
 ///
 /// Threads: the application's workers call in from their own threads; every member is locked,
 /// except that the script (the public functions) must be complete before the first worker starts.
@@ -38,8 +40,7 @@ public:
         void* context;
         void (*callback)(UVARNETSNMP::SNMPSession&, void*, snmp_pdu*);
         long long timeout; ///< microseconds
-        std::thread::id thread;
-        std::chrono::steady_clock::time_point opened;
+        pthread_t thread;
     };
 
     /// Becomes the one that is in force until it is destroyed. Only one may exist at a time.
@@ -50,6 +51,12 @@ public:
 
     static FakeNetwork& instance();
 
+    /// False where a library's calls do not reach the program's own `nanosleep` (macOS): pauses are
+    /// real there, and neither recorded nor told to `pause`.
+    static bool pausesAreFaked() noexcept;
+    /// Whether this is the thread that made the object, whose pauses are faked: the main thread.
+    bool onItsOwnThread() const noexcept { return std::this_thread::get_id() == m_thread; }
+
     std::function<std::vector<Poco::Net::NetworkInterface>()> list;
     std::function<bool(const std::string& name, const std::string& persistentDirectory,
                        const std::string& mibDirectory, const std::string& mib)>
@@ -57,6 +64,7 @@ public:
     std::function<void()> open; ///< called for each session; may throw; optional
     std::function<bool(UVARNETSNMP::SNMPSession&, const Request&)> get;
     std::function<void()> terminate;
+    std::function<void()> pause; ///< called instead of each pause; optional
 
     void record(const std::string& call);
     std::vector<std::string> calls() const;
@@ -68,6 +76,7 @@ public:
     bool waitForRequests(std::size_t count) const;
 
 private:
+    const std::thread::id m_thread = std::this_thread::get_id();
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
     std::vector<std::string> m_calls;

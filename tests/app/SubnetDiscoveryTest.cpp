@@ -52,7 +52,7 @@ TEST_F(SubnetDiscovery, RunsOnAThreadOfItsOwnFromTheConstructorOn)
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
     const Worker worker(*application, "192.0.2.255", "public");
     ASSERT_TRUE(network.waitForRequests(1));
-    EXPECT_NE(network.requests().front().thread, std::this_thread::get_id());
+    EXPECT_FALSE(pthread_equal(network.requests().front().thread, pthread_self()));
 }
 
 TEST_F(SubnetDiscovery, KeepsItsOwnCopiesOfTheTexts)

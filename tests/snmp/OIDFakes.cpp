@@ -111,9 +111,19 @@ int sprint_realloc_objid(u_char** text, size_t* size, size_t* length, int mayGro
     return call(slots().printName, "sprint_realloc_objid", text, size, length, mayGrow, ids, count);
 }
 
+int netsnmp_ds_get_boolean(int store, int which)
+{
+    return call(slots().getBoolean, "netsnmp_ds_get_boolean", store, which);
+}
+
 int netsnmp_ds_set_boolean(int store, int which, int value)
 {
     return call(slots().setBoolean, "netsnmp_ds_set_boolean", store, which, value);
+}
+
+int netsnmp_ds_get_int(int store, int which)
+{
+    return call(slots().getInt, "netsnmp_ds_get_int", store, which);
 }
 
 int netsnmp_ds_set_int(int store, int which, int value)

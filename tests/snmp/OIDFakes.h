@@ -21,7 +21,9 @@ struct Slots
     std::function<decltype(get_tree)> tree;
     std::function<decltype(sprint_realloc_by_type)> printValue;
     std::function<decltype(sprint_realloc_objid)> printName;
+    std::function<decltype(netsnmp_ds_get_boolean)> getBoolean;
     std::function<decltype(netsnmp_ds_set_boolean)> setBoolean;
+    std::function<decltype(netsnmp_ds_get_int)> getInt;
     std::function<decltype(netsnmp_ds_set_int)> setInt;
 };
 Slots& slots();

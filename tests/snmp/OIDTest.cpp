@@ -212,6 +212,7 @@ TEST(OIDEqualityOf, TheCapacityDoesNotCount)
     EXPECT_TRUE(makeOID({1, 3}, 10) == makeOID({1, 3}));
     const OID empty;
     EXPECT_FALSE(empty == empty) << "not even equal to itself";
+    EXPECT_FALSE(trimmedToNothing(4) == trimmedToNothing(4)) << "nor is one that still has room";
 }
 
 class OIDSubnode : public testing::TestWithParam<Pair>
@@ -231,5 +232,11 @@ INSTANTIATE_TEST_SUITE_P(Table, OIDSubnode,
                                          Pair{"OfNothing", {}, {1, 3}, false},
                                          Pair{"Nothing", {1, 3}, {}, false}),
                          RowName());
+
+TEST(OIDSubnodeOf, OneThatIsTrimmedToNothingThereIsNone)
+{
+    EXPECT_FALSE(trimmedToNothing(4).subnode(makeOID({1, 3})));
+    EXPECT_FALSE(makeOID({1, 3}).subnode(trimmedToNothing(4)));
+}
 
 } // namespace

@@ -44,6 +44,29 @@ inline bool lockIsHeld()
     return held;
 }
 
+/// Net-SNMP's process-wide setting that OID::toString(format) changes.
+inline int outputFormat()
+{
+    return netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT);
+}
+
+/// Gives it a value for a scope.
+class OutputFormatGuard
+{
+public:
+    explicit OutputFormatGuard(int format) : m_former(outputFormat()) { set(format); }
+    ~OutputFormatGuard() { set(m_former); }
+    OutputFormatGuard(const OutputFormatGuard&) = delete;
+    OutputFormatGuard& operator=(const OutputFormatGuard&) = delete;
+
+private:
+    static void set(int format)
+    {
+        netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT, format);
+    }
+    int m_former;
+};
+
 /// The name of a row of a table, for its test.
 struct RowName
 {

@@ -17,27 +17,6 @@ using UVARNETSNMP::OID;
 
 namespace {
 
-int outputFormat()
-{
-    return netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT);
-}
-
-class OutputFormatGuard
-{
-public:
-    explicit OutputFormatGuard(int format) : m_former(outputFormat()) { set(format); }
-    ~OutputFormatGuard() { set(m_former); }
-    OutputFormatGuard(const OutputFormatGuard&) = delete;
-    OutputFormatGuard& operator=(const OutputFormatGuard&) = delete;
-
-private:
-    static void set(int format)
-    {
-        netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT, format);
-    }
-    int m_former;
-};
-
 struct Format
 {
     const char* name;
@@ -84,6 +63,12 @@ auto printing(const char* text)
 TEST(OIDToString, SetsTheFormatOnlyIfItDiffersAndHoldsTheLockMeanwhile)
 {
     const OutputFormatGuard before(NETSNMP_OID_OUTPUT_MODULE);
+    const Replace reader(slots().getInt, [](int storeID, int which) {
+        EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);
+        EXPECT_EQ(which, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT);
+        EXPECT_TRUE(lockIsHeld());
+        return NETSNMP_OID_OUTPUT_MODULE;
+    });
     std::vector<int> set;
     const Replace store(slots().setInt, [&set](int storeID, int which, int value) {
         EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);

@@ -119,9 +119,19 @@ INSTANTIATE_TEST_SUITE_P(Table, OIDValueSettings,
                                          Before{"BothOn", true, true}),
                          RowName());
 
-TEST(OIDValueLock, CoversEveryChangeAndTheOrderIsKept)
+TEST(OIDValueLock, CoversEveryReadingAndChangeAndTheOrderIsKept)
 {
     const PrintSettings before(false, false);
+    std::vector<int> read;
+    const Replace reader(slots().getBoolean, [&read](int storeID, int which) {
+        // Net-SNMP's printer asks for settings too, of which only ours are looked at.
+        if (which == NETSNMP_DS_LIB_QUICK_PRINT || which == NETSNMP_DS_LIB_NUMERIC_TIMETICKS) {
+            EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);
+            EXPECT_TRUE(lockIsHeld());
+            read.push_back(which);
+        }
+        return 0;
+    });
     std::vector<std::pair<int, int>> changes;
     const Replace store(slots().setBoolean, [&changes](int storeID, int which, int value) {
         EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);
@@ -132,6 +142,9 @@ TEST(OIDValueLock, CoversEveryChangeAndTheOrderIsKept)
     IntegerBinding var(1);
     EXPECT_EQ(makeOID({1, 3}).toValue(var.get()), "INTEGER: 1") << "the settings are recorded only";
     EXPECT_THAT(changes, ElementsAre(Pair(13, 1), Pair(18, 1), Pair(13, 0), Pair(18, 0)));
+    ASSERT_GE(read.size(), 2U);
+    read.resize(2); // the rest is the printer's
+    EXPECT_THAT(read, ElementsAre(18, 13));
 }
 
 TEST(OIDValueOf, NothingOrOfAnInvalidOIDTouchesNothing)
@@ -151,6 +164,8 @@ TEST(OIDValueOf, NothingOrOfAnInvalidOIDTouchesNothing)
 
 TEST(OIDLock, KeepsThreadsApartWhilePrinting)
 {
+    const PrintSettings before(false, false);
+    const OutputFormatGuard format(NETSNMP_OID_OUTPUT_MODULE);
     std::atomic<int> inside{0};
     std::atomic<int> prints{0};
     const auto enter = [&inside, &prints] {
@@ -183,6 +198,9 @@ TEST(OIDLock, KeepsThreadsApartWhilePrinting)
         thread.join();
     }
     EXPECT_EQ(prints, threads * rounds * 2);
+    EXPECT_FALSE(quickPrint()) << "a thread took another's setting for the former one";
+    EXPECT_FALSE(numericTicks());
+    EXPECT_EQ(outputFormat(), NETSNMP_OID_OUTPUT_MODULE);
 }
 
 } // namespace

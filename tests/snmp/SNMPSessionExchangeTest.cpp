@@ -181,6 +181,19 @@ TEST_F(SNMPSessionExchange, ASessionThatIsNotOpenSendsNothing)
     }
 }
 
+TEST_F(SNMPSessionExchange, ASessionThatOnlyTheFillingOpenedSendsNothing)
+{
+    // What a subclass can make: a live session in an object that does not count as initialised.
+    OpenBook session(SNMP_VERSION_2c, "public", "192.0.2.7", false);
+    session.m_initialized = false;
+    m_fake.ForgetCalls();
+
+    EXPECT_EQ(session.Get(m_oid), nullptr);
+    EXPECT_EQ(session.GetNext(m_oid), nullptr);
+    EXPECT_EQ(session.GetBulk(m_oid), nullptr);
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+}
+
 TEST_F(SNMPSessionExchange, ReleasingAPDUFreesItAndIgnoresNull)
 {
     OpenBook session(SNMP_VERSION_1, "public", "", false);

@@ -122,6 +122,9 @@ TEST_F(SNMPSessionGather, ASessionThatIsNotOpenSendsNothing)
     m_fake.ForgetCalls();
     EXPECT_FALSE(refused.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
 
+    m_session.m_initialized = false; // though it is live
+    EXPECT_FALSE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(5, 0)));
+
     EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
 }
 

@@ -55,6 +55,23 @@ TEST_F(SNMPSessionParameters, TextsAreHandedOverWithAllTheirBytes)
     EXPECT_EQ(opened.contextName, "") << "present, though empty";
 }
 
+TEST_F(SNMPSessionParameters, TextsThatChooseEndAtTheirFirstNul)
+{
+    const auto cut = [](const std::string& text) { return Octets(text + std::string("\0x", 2)); };
+    const FakeNetSNMP::Template opened =
+        Opened(SNMPSecurity(Bytes{{"authprotocol", cut("SHA")},
+                                  {"privprotocol", cut("AES")},
+                                  {"securitylevel", cut("AuthPriv")},
+                                  {"securityengid", cut("8000000001")},
+                                  {"contextengid", cut("8000000002")}}));
+
+    EXPECT_EQ(opened.raw.securityAuthProtoLen, size_t{USM_AUTH_PROTO_SHA_LEN});
+    EXPECT_NE(opened.raw.securityPrivProto, nullptr);
+    EXPECT_EQ(opened.raw.securityLevel, SNMP_SEC_LEVEL_AUTHPRIV);
+    EXPECT_EQ(FakeNetSNMP::Hex(opened.securityEngineID.value()), "8000000001");
+    EXPECT_EQ(FakeNetSNMP::Hex(opened.contextEngineID.value()), "8000000002");
+}
+
 TEST_F(SNMPSessionParameters, NamesGoToTheirFields)
 {
     const FakeNetSNMP::Template opened =

@@ -188,6 +188,23 @@ TEST_F(SNMPSessionSecurity, AKeyThatCannotBeDerivedDoesNotStopTheOpening)
 
     EXPECT_TRUE(session.m_initialized);
     EXPECT_EQ(session.m_sessionPtr, &m_fake.live);
+    EXPECT_EQ(m_fake.opened.at(0).raw.securityAuthKeyLen, size_t{USM_AUTH_KU_LEN})
+        << "as the derivation was told and left it";
+    EXPECT_EQ(m_fake.opened.at(0).raw.securityPrivKeyLen, size_t{USM_PRIV_KU_LEN});
+}
+
+TEST_F(SNMPSessionSecurity, PassPhrasesGoToTheDerivationWithAllTheirBytes)
+{
+    const UVARNETSNMP::ByteString passPhrase = Octets(std::string("maple\0syrup", 11));
+    const OpenBook session(SNMP_VERSION_3,
+                           SNMPSecurity(std::map<std::string, UVARNETSNMP::ByteString>{
+                               {"authpassphrase", passPhrase}, {"privpassphrase", passPhrase}}),
+                           "192.0.2.7", false);
+
+    const std::string derivation = "generate_Ku(none, \"" + std::string("maple\0syrup", 11) +
+                                   "\", room " + std::to_string(USM_AUTH_KU_LEN) + ")";
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre(derivation, derivation, "snmp_sess_open", "snmp_sess_session"));
 }
 
 TEST_F(SNMPSessionSecurity, APassPhraseWithoutAProtocolIsStillHandedOver)

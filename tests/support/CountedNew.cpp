@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -13,6 +14,7 @@ namespace {
 
 thread_local long allocationsLeft = -1; ///< negative for all
 thread_local Allocations allocations{0, 0, 0};
+thread_local void (*atNextDelete)() = nullptr;
 
 } // namespace
 
@@ -43,6 +45,9 @@ void release(void* memory) noexcept
 {
     if (memory) {
         --allocations.unfreed;
+    }
+    if (memory && atNextDelete) {
+        std::exchange(atNextDelete, nullptr)();
     }
     std::free(memory); // NOLINT(cppcoreguidelines-no-malloc): what operator delete is made of
 }
@@ -99,4 +104,14 @@ AllocationLimit::AllocationLimit(long count) noexcept
 AllocationLimit::~AllocationLimit()
 {
     allocationsLeft = -1;
+}
+
+AtNextDelete::AtNextDelete(void (*function)()) noexcept
+{
+    atNextDelete = function;
+}
+
+AtNextDelete::~AtNextDelete()
+{
+    atNextDelete = nullptr;
 }

@@ -32,6 +32,16 @@ public:
     ~AllocationLimit();
 };
 
+/// For its own lifetime, or until then, lets the next operator delete of anything call `function`.
+class AtNextDelete
+{
+public:
+    explicit AtNextDelete(void (*function)()) noexcept;
+    AtNextDelete(const AtNextDelete&) = delete;
+    AtNextDelete& operator=(const AtNextDelete&) = delete;
+    ~AtNextDelete();
+};
+
 /// A fixture for tests that depend on it.
 class NeedsCountedNew : public testing::Test
 {

@@ -100,6 +100,8 @@ void expectMismatch(const Any& any)
     if constexpr (!std::is_same_v<Wrong, Held>) {
         EXPECT_THROW(AnyCast<Wrong>(any), std::bad_cast) << typeid(Wrong).name();
         EXPECT_THROW(any.get<Wrong>(), std::bad_cast) << typeid(Wrong).name();
+        Any changeable(any);
+        EXPECT_THROW(changeable.get<Wrong>(), std::bad_cast) << typeid(Wrong).name();
         EXPECT_FALSE(any.isHolder<Wrong>()) << typeid(Wrong).name();
     }
 }

@@ -160,6 +160,36 @@ TEST_F(HolderMemoryTest, ABlockIsUsedToItsEndAlsoAfterAFailure)
     }).join();
 }
 
+TEST_F(HolderMemoryTest, AnOperatorDeleteMayMakeObjectsItself)
+{
+    // On a thread of its own, so from new blocks. Six objects fill one but for 56 octets.
+    std::thread([] {
+        using Large = Filled<64>;
+        static std::array<std::unique_ptr<Large>, 6> made;
+        std::array<std::unique_ptr<Large>, 6> first;
+        for (auto& each : first) {
+            each = std::make_unique<Large>(1);
+        }
+        for (auto& each : first) {
+            each.reset();
+        }
+        const AtNextDelete reentering([] {
+            for (auto& each : made) {
+                each = std::make_unique<Large>(2);
+            }
+        });
+        const auto next = std::make_unique<Large>(3); // frees the first block
+        const auto last = std::make_unique<Large>(4);
+        EXPECT_TRUE(next->intact());
+        EXPECT_TRUE(last->intact());
+        for (auto& each : made) {
+            ASSERT_TRUE(each) << "nothing was freed";
+            EXPECT_TRUE(each->intact());
+            each.reset();
+        }
+    }).join();
+}
+
 TEST(HolderMemoryNullTest, DeletingNothingIsAllowed)
 {
     HolderMemory::operator delete(nullptr);

@@ -86,6 +86,13 @@ std::string countedDigits(JSONParser& parser)
     return std::to_string(digits) + " of " + std::to_string(count);
 }
 
+std::string countedNegative(JSONParser& parser)
+{
+    int count = -1;
+    const long long digits = parser.getDigits(true, &count);
+    return std::to_string(digits) + " of " + std::to_string(count);
+}
+
 std::string digits(JSONParser& parser)
 {
     return std::to_string(parser.getDigits(false, nullptr));
@@ -167,6 +174,8 @@ INSTANTIATE_TEST_SUITE_P(Functions, JSONParserTest, testing::Values(
     FunctionCase{"Counted19",           countedDigits,  "9223372036854775807x",     "9223372036854775807 of 19 / x / good"},
     FunctionCase{"Counted19TooLarge",   countedDigits,  "9223372036854775808x",     "922337203685477580 of 18 / x / good"},
     FunctionCase{"Counted20",           countedDigits,  "12345678901234567890x",    "1234567890123456789 of 19 / x / good"},
+    FunctionCase{"CountedNegative19",   countedNegative, "9223372036854775808x",    "-9223372036854775808 of 19 / x / good"},
+    FunctionCase{"CountedNegative19TooLarge", countedNegative, "9223372036854775809x", "922337203685477580 of 18 / x / good"},
     FunctionCase{"CountedIgnoredForGood", countedDigits, "92233720368547758081x",   "922337203685477580 of 18 / x / good"}),
     [](const auto& row) { return row.param.name; });
 // clang-format on

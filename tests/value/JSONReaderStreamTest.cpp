@@ -41,6 +41,25 @@ TEST(JSONReaderStreamTest, RefusesAFailedStream)
     EXPECT_EQ(drain(in), "12");
 }
 
+TEST(JSONReaderStreamTest, ReadsNoFurtherOnceTheStreamHasFailed)
+{
+    const auto expectFailure = [](auto function) {
+        std::istringstream in("[1]");
+        {
+            JSONParser parser(in);
+            EXPECT_THROW(in.setstate(std::ios_base::failbit), std::ios_base::failure);
+            EXPECT_THROW(function(parser), std::ios_base::failure);
+        }
+        EXPECT_EQ(drain(in), "[1]") << "though its buffer has characters";
+    };
+    expectFailure([](JSONParser& parser) { parser.getValue(); });
+    expectFailure([](JSONParser& parser) { parser.getArray(); });
+    expectFailure([](JSONParser& parser) { parser.getString(); });
+    expectFailure([](JSONParser& parser) { parser.getNumber(); });
+    expectFailure([](JSONParser& parser) { parser.peekChar(); });
+    expectFailure([](JSONParser& parser) { parser.getChar(); });
+}
+
 TEST(JSONReaderStreamTest, RefusesAStreamWithoutABuffer)
 {
     std::istream in(nullptr);

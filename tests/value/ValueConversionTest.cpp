@@ -34,17 +34,16 @@ class ValueConversionTest : public testing::TestWithParam<ConversionCase>
 void expectConversions(const ConversionCase& row)
 {
     const std::string before = describe(row.value);
-    {
-        const BooleanRules ordinary(false);
-        EXPECT_EQ(row.value.to_b(), row.b);
+    for (const bool rubyRules : {false, true}) {
+        SCOPED_TRACE(rubyRules);
+        const BooleanRules rules(rubyRules);
+        EXPECT_EQ(row.value.to_b(), rubyRules ? row.rubyB : row.b);
+        EXPECT_EQ(row.value.to_i(), row.i);
+        EXPECT_EQ(row.value.to_l(), row.l);
+        const double f = row.value.to_f();
+        EXPECT_TRUE(f == row.f || (std::isnan(f) && std::isnan(row.f))) << f;
+        EXPECT_EQ(std::signbit(f), std::signbit(row.f));
     }
-    const BooleanRules ruby(true);
-    EXPECT_EQ(row.value.to_b(), row.rubyB);
-    EXPECT_EQ(row.value.to_i(), row.i);
-    EXPECT_EQ(row.value.to_l(), row.l);
-    const double f = row.value.to_f();
-    EXPECT_TRUE(f == row.f || (std::isnan(f) && std::isnan(row.f))) << f;
-    EXPECT_EQ(std::signbit(f), std::signbit(row.f));
     EXPECT_EQ(describe(row.value), before) << "a conversion changes nothing";
 }
 

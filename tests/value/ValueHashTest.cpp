@@ -91,6 +91,14 @@ INSTANTIATE_TEST_SUITE_P(
                     ExtractCase{"OtherType", Value(Dynamic::Any(5U)), "nil"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(ValueExtractTest, GivesAPresentNilInItsOwnForm)
+{
+    Value::Hash hash;
+    hash["indexed"];
+    EXPECT_EQ(describe(Value::extract(hash, "indexed")), "empty nil");
+    EXPECT_EQ(describe(Value::extract(hash, Value::Array{"indexed"})), "hash{indexed: empty nil}");
+}
+
 TEST(ValueExtractTest, TheResultIsACopy)
 {
     const Value::Hash hash{{"list", Value::Array{1}}};

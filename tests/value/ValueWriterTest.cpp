@@ -54,6 +54,13 @@ TEST_P(ValueWriterTest, InsertsTheInspectionText)
     EXPECT_EQ(out.str(), GetParam().text);
 }
 
+TEST(ValueWriterStreamTest, InsertsZeroBytesToo)
+{
+    std::ostringstream out;
+    out << std::setw(5) << Value(std::string("a\0b", 3));
+    EXPECT_EQ(out.str(), std::string("  a\0b", 5));
+}
+
 using Array = Value::Array;
 using Hash = Value::Hash;
 
