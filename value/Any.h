@@ -72,6 +72,9 @@ public:
 
     bool empty() const noexcept { return !m_content; }
 
+    /// Asks the processor for the content, which is needed soon. A hint, and nothing when empty.
+    void prefetch() const noexcept { __builtin_prefetch(m_content.get()); }
+
     /// The type of the held object; `typeid(void)` when empty.
     const std::type_info& type() const noexcept
     {

@@ -30,13 +30,6 @@ Value::Kind findKind(Test is) noexcept
 } // namespace
 
 Value::Value(void*) : Value(nullptr) {}
-Value::Value(std::nullptr_t) : m_holder(static_cast<void*>(nullptr)) {}
-Value::Value(bool flag) : m_holder(flag) {}
-Value::Value(int number) : m_holder(number) {}
-Value::Value(long long number) : m_holder(number) {}
-Value::Value(double number) : m_holder(number) {}
-Value::Value(const std::string& text) : m_holder(text) {}
-Value::Value(std::string&& text) : m_holder(std::move(text)) {}
 Value::Value(Array elements) : m_holder(std::move(elements)) {}
 Value::Value(const Hash& entries) : m_holder(entries) {}
 Value::Value(Hash&& entries) : m_holder(std::move(entries)) {}

@@ -28,13 +28,13 @@ public:
     Value() noexcept = default;
     /// Nil, with a holder of a null `void*`; the address is not kept.
     Value(void* nothing);
-    Value(std::nullptr_t);
-    Value(bool flag);
-    Value(int number);
-    Value(long long number);
-    Value(double number);
-    Value(const std::string& text);
-    Value(std::string&& text);
+    Value(std::nullptr_t) : m_holder(static_cast<void*>(nullptr)) {}
+    Value(bool flag) : m_holder(flag) {}
+    Value(int number) : m_holder(number) {}
+    Value(long long number) : m_holder(number) {}
+    Value(double number) : m_holder(number) {}
+    Value(const std::string& text) : m_holder(text) {}
+    Value(std::string&& text) : m_holder(std::move(text)) {}
     Value(Array elements);
     Value(const Hash& entries);
     Value(Hash&& entries);

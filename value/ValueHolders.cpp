@@ -1,6 +1,9 @@
 #include "value/ValueHolders.h"
 
 #include "value/ChildCursor.h"
+#include "value/FetchAhead.h"
+
+#include <type_traits>
 
 // The standard containers copy and destroy themselves the fastest, but by recursion. So they do it
 // down to a fixed depth, and what lies deeper is walked over here, depth first. The copy keeps the
@@ -106,6 +109,7 @@ Value::Array copyByRecursion(const Value::Array& source)
 
 Value::Hash copyByRecursion(const Value::Hash& source)
 {
+    fetchAhead(source);
     return source;
 }
 
@@ -192,6 +196,9 @@ void destroyChildren(Container& container) noexcept
 {
     if (depth < maximumDepth) {
         const Descent descent;
+        if constexpr (std::is_same_v<Container, Value::Hash>) {
+            fetchAhead(container);
+        }
         container.clear();
         return;
     }

@@ -1,4 +1,5 @@
 #include "value/ChildCursor.h"
+#include "value/FetchAhead.h"
 #include "value/NumberText.h"
 #include "value/PlainBytes.h"
 #include "value/TextBuffer.h"
@@ -136,7 +137,9 @@ std::string write(const Value& root)
             open.emplace_back(value->holder().get<Value::Array>());
         } else if (kind == Value::Kind::Hash) {
             text.append('{');
-            open.emplace_back(value->holder().get<Value::Hash>());
+            const auto& hash = value->holder().get<Value::Hash>();
+            fetchAhead(hash);
+            open.emplace_back(hash);
         } else {
             appendLeaf<Style>(text, *value, kind);
             first = false;

@@ -133,6 +133,14 @@ TYPED_TEST(AnyOfKindTest, HoldsACopyOfTheObject)
     EXPECT_EQ(describeHeld(any.get<TypeParam>()), describeHeld(object));
 }
 
+TYPED_TEST(AnyOfKindTest, APrefetchIsAHintOnly)
+{
+    const Any any(sample<TypeParam>());
+    any.prefetch();
+    EXPECT_EQ(describeHeld(any.get<TypeParam>()), describeHeld(sample<TypeParam>()));
+    Any().prefetch();
+}
+
 TYPED_TEST(AnyOfKindTest, CopiesIntoAHolderOfItsOwn)
 {
     Any source(sample<TypeParam>());
