@@ -21,6 +21,18 @@ protected:
         network.terminate = [] {};
     }
 
+    /// One interface in each of so many subnets of 16 addresses: 198.51.100.1, 198.51.100.17 …
+    static std::vector<Poco::Net::NetworkInterface> interfacesInSubnets(std::size_t count)
+    {
+        std::vector<Poco::Net::NetworkInterface> interfaces;
+        interfaces.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::string host = std::to_string(16 * i + 1);
+            interfaces.push_back(makeInterface({{"198.51.100." + host, "255.255.255.240"}}));
+        }
+        return interfaces;
+    }
+
     std::size_t countOf(const std::string& call) const
     {
         const std::vector<std::string> calls = network.calls();

@@ -90,14 +90,7 @@ TEST_F(DiscoveryRun, EachPassProbesEverySubnetOnceAndIsFollowedByAPauseOfTwoSeco
         EXPECT_TRUE(network.waitForRequests(4 * ++pauses));
         EXPECT_EQ(network.requests().size(), 4 * pauses);
     };
-    network.list = [] {
-        std::vector<NetworkInterface> interfaces;
-        for (int i = 0; i < 4; ++i) {
-            interfaces.push_back(
-                makeInterface({{"198.51.100." + std::to_string(16 * i + 1), "255.255.255.240"}}));
-        }
-        return interfaces;
-    };
+    network.list = [] { return interfacesInSubnets(4); };
     // The workers of a pass may overtake each other, so what is compared is the set of each pass.
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return false; };
     application->initWith({});

@@ -169,8 +169,9 @@ SNMPSession::~SNMPSession()
     sessions.erase(this);
 }
 
-bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
-                      Poco::Timespan timeout)
+bool SNMPSession::Get(
+    const OID& oid, ResponseCallback callback, void* userData,
+    Poco::Timespan timeout) // NOLINT(performance-unnecessary-value-param): declared so
 {
     FakeNetwork& network = FakeNetwork::instance();
     Opened opened;

@@ -30,14 +30,7 @@ protected:
 TEST_F(WorkerJoin, GoesFromTheLastWorkerToTheFirst)
 {
     constexpr std::size_t subnets = 3;
-    network.list = [] {
-        std::vector<Poco::Net::NetworkInterface> interfaces;
-        for (std::size_t i = 0; i < subnets; ++i) {
-            const std::string host = std::to_string(16 * i + 1);
-            interfaces.push_back(makeInterface({{"198.51.100." + host, "255.255.255.240"}}));
-        }
-        return interfaces;
-    };
+    network.list = [] { return interfacesInSubnets(subnets); };
     std::size_t passes = 0;
     network.pause = [&] { EXPECT_TRUE(network.waitForRequests(subnets * ++passes)); };
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };

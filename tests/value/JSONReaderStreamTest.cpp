@@ -221,6 +221,7 @@ TEST(JSONReaderStreamTest, ReadsDifferentStreamsOnDifferentThreads)
     };
     std::array<std::string, 4> results;
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (std::string& result : results) {
         threads.emplace_back(readMany, &result);
     }
