@@ -7,6 +7,12 @@
 using UVARNETSNMP::OID;
 using UVARNETSNMP::SNMPSession;
 
+namespace {
+
+constexpr long listening = 5; // seconds, from the request on
+
+} // namespace
+
 SNMPDiscoveryApp::SubnetDiscovery::SubnetDiscovery(SNMPDiscoveryApp& app,
                                                    const std::string& address,
                                                    const std::string& community)
@@ -27,5 +33,5 @@ void SNMPDiscoveryApp::SubnetDiscovery::run()
 {
     const OID sysUpTime("sysUpTime.0");
     SNMPSession session(SNMP_VERSION_1, m_community, m_address, true);
-    session.Get(sysUpTime, &SNMPDiscoveryApp::SNMPCallback, &m_app, Poco::Timespan(5, 0));
+    session.Get(sysUpTime, &SNMPDiscoveryApp::SNMPCallback, &m_app, Poco::Timespan(listening, 0));
 }

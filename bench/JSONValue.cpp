@@ -110,7 +110,7 @@ void requireSame(const std::string& library, const std::string& text, std::strin
 {
     if (normalised(text) != normalised(written)) {
         std::cerr << library << " gives another document\n";
-        std::exit(1);
+        std::exit(1); // NOLINT(concurrency-mt-unsafe): one thread
     }
 }
 

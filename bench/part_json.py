@@ -108,5 +108,5 @@ def pictures(data):
             groups.append((f"{document}: {operation}", rows))
     return {"json.svg": picture.bars(
         "Values and JSON beside other libraries",
-        "Speed as a multiple of nlohmann's on the same document in the same process; longer is faster",
+        "Speed as a multiple of nlohmann's on the same document; longer is faster; destroy: see the table",
         groups, OWN, mark=1.0)}

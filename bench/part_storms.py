@@ -16,14 +16,20 @@ TITLE = "agents that answer all at once"
 AGENTS = [250, 1000, 5000, 20000]
 
 # What is asked for, and what Linux makes of it: it doubles every wish for its own bookkeeping, but
-# not its default. The two small ones stand for an earlier kernel's net.core.rmem_max of 208 kB,
-# which clamps the wish, and for a program that does not ask at all.
-BUFFERS = {"no wish (208 kB)": 106496, "rmem_max of 208 kB": 212992, "rmem_max of 4 MB": 4194304}
-DEFAULT = "rmem_max of 4 MB"
+# not its default. The two small ones stand for a program that does not ask at all, and for an
+# earlier kernel's net.core.rmem_max of 208 kB, which clamps the wish.
+BUFFERS = {
+    "not asked: 208 kB": 106496,
+    "asked, limit 208 kB: 416 kB": 212992,
+    "asked, limit 4 MB: 8 MB": 4194304,
+}
+DEFAULT = "asked, limit 4 MB: 8 MB"
 
 # Least octets of a frame. One of 1,514 occupies a buffer of 2 kB, which is what the drivers of
 # usual network cards take for each frame, however short.
 CHARGES = {"small": 0, "card": 1514}
+
+WORDS = {"small": "small datagrams", "card": "the card's case"}
 
 SECONDS_OTHERS = 20  # for one of the others on the large subnet
 
@@ -136,7 +142,7 @@ def storm_table(data, charge):
             else:
                 row.append(f"{percent(min(found))} to {percent(max(found))}")
         rows.append(row)
-    return table(["% of the agents", *(f"{agents:,}" for agents in AGENTS)], rows)
+    return table([f"{WORDS[charge]}: % of the agents", *(f"{agents:,}" for agents in AGENTS)], rows)
 
 
 def others_table(data):
@@ -163,7 +169,7 @@ def runs_of(data):
               for agents in AGENTS}
     words = [f"{agents:,} agents {' to '.join(map(str, sorted({min(count), max(count)})))}"
              for agents, count in counts.items() if count]
-    return f"Runs of each case: {', '.join(words)}."
+    return f"Runs of each case: {', '.join(words)}. Several runs with different outcomes: from … to."
 
 
 def tables(data):
@@ -176,17 +182,22 @@ def tables(data):
 
 
 def pictures(data):
-    made = {}
-    for charge, words in (("small", "Small datagrams, each charged 768 octets of the buffer"),
-                          ("card", "Each datagram charged 2,304 octets, as with a network card")):
-        series = []
+    """Both with the same axis, so that they can be compared."""
+    curves = {}
+    for charge in CHARGES:
+        curves[charge] = []
         for buffer in reversed(BUFFERS):
             points = [(agents, min(found)) for agents in AGENTS
                       if (found := shares(data, charge, buffer, agents))]
             if points:
-                series.append((buffer, points))
-        low = min(value for _, points in series for _, value in points)
+                curves[charge].append((buffer, points))
+    worst = min(share for series in curves.values() for _, points in series for _, share in points)
+    low = max(least for least in (0, 50, 70, 90) if least <= worst)
+    made = {}
+    for charge, words in (("small", "Small datagrams, each charged 768 octets of the buffer"),
+                          ("card", "Each datagram charged 2,304 octets, as with a network card")):
         made[f"storm-{charge}.svg"] = picture.lines(
-            "Agents found when all answer at once", words + "; worst run", series, DEFAULT,
-            "agents in the subnet", "% found", (min(95, 5 * (low // 5)), 100), log_x=True)
+            "Agents found when all answer at once",
+            f"{words}; worst run; the axis starts at {low} %", curves[charge], DEFAULT,
+            "agents in the subnet", "% found", (low, 100), log_x=True)
     return made

@@ -89,8 +89,9 @@ def lines(title, subtitle, series, own, x_label, y_label, y_range, log_x=False):
         return (left + (across(x) - across(xs[0])) / span * (right - left),
                 bottom - (y - low) / (high - low) * (bottom - top))
 
-    for step in range(6):
-        value = y_range[0] + (y_range[1] - y_range[0]) * step / 5
+    steps = 6 if (y_range[1] - y_range[0]) % 6 == 0 else 5
+    for step in range(steps + 1):
+        value = y_range[0] + (y_range[1] - y_range[0]) * step / steps
         y = place(xs[0], value)[1]
         drawing.line(left, y, right, y)
         drawing.text(left - 8, y + 4, f"{value:g}", anchor="end", size=11)

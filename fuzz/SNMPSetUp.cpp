@@ -10,8 +10,9 @@
 
 void fuzzing::setUpSNMP(const std::string& mibs, const std::string& module)
 {
-    setenv("SNMPCONFPATH", "/nonexistent", 1);
-    setenv("SNMP_PERSISTENT_DIR", "/nonexistent", 1);
+    // Before there is another thread.
+    setenv("SNMPCONFPATH", "/nonexistent", 1);        // NOLINT(concurrency-mt-unsafe)
+    setenv("SNMP_PERSISTENT_DIR", "/nonexistent", 1); // NOLINT(concurrency-mt-unsafe)
     netsnmp_register_loghandler(NETSNMP_LOGHANDLER_NONE, LOG_DEBUG);
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
     UVARNETSNMP::SNMPSession::Initialize("Fuzz", "", mibs, module);

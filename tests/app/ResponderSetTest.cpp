@@ -60,6 +60,7 @@ TEST_F(AddIP, TakesAddressesOfManyThreadsAtOnce)
     constexpr int threads = 8;
     constexpr int addresses = 200;
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int thread = 0; thread < threads; ++thread) {
         workers.emplace_back([&] {
             for (int each = 0; each < addresses; ++each) {

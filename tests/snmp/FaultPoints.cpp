@@ -49,7 +49,7 @@ std::string FaultPoints::failed()
 {
     const bool former = counting;
     counting = false;
-    const std::string name = failedFunction;
+    std::string name = failedFunction;
     counting = former;
     return name;
 }
