@@ -199,8 +199,9 @@ void RandomDocument::oddCharacter()
 void RandomDocument::escape(unsigned unit)
 {
     std::array<char, 8> text{};
-    std::snprintf(text.data(), text.size(), below(2) == 0 ? "\\u%04x" : "\\u%04X", unit);
-    m_text += text.data();
+    const int length =
+        std::snprintf(text.data(), text.size(), below(2) == 0 ? "\\u%04x" : "\\u%04X", unit);
+    m_text.append(text.data(), static_cast<std::size_t>(length));
 }
 
 void RandomDocument::number()

@@ -58,11 +58,14 @@ TEST(TextBufferTest, HoldsStringsWhoseEscapesDoNotFitTheRoomLeft)
     for (std::size_t before = 1000; before < 1030; ++before) {
         const std::string plain = pattern(before);
         const std::string controls(200, '\x1F');
+        std::string text = plain;
+        text.append(controls).append(plain);
         std::string expected = '"' + plain;
         for (std::size_t i = 0; i < controls.size(); ++i) {
             expected += "\\u001f";
         }
-        EXPECT_EQ(Value(plain + controls + plain).to_json(), expected + plain + '"') << before;
+        expected.append(plain).append("\"");
+        EXPECT_EQ(Value(text).to_json(), expected) << before;
     }
 }
 
