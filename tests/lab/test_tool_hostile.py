@@ -25,6 +25,7 @@ GOOD = {f"198.18.1.{number}" for number in range(20)}
 # Seconds that a hostile network may add to a run, and what a busy machine may.
 MORE = 0.2
 MORE_WHEN_BUSY = 10.0
+ATTEMPTS = 3
 
 # Kilobytes of resident memory that it may add: the response PDUs, which are kept.
 MORE_MEMORY = 12000
@@ -97,20 +98,25 @@ class Hostile(ToolTest):
     def run_beside_a_quiet_one(self, topology, command=None):
         """Runs the tool in `topology`, and at the same time in a network without hostile
         agents, which shows what the machine makes of a run just now. Checks everything
-        but the document."""
+        but the document. Two runs that are too far apart are made again: a network that
+        adds to a run does so each time, the machine's other work does not."""
         command = command or [str(self.tool)]
-        with concurrent.futures.ThreadPoolExecutor(2) as pool:
-            quiet = pool.submit(api.observe_in_lab, network(), [str(self.tool)])
-            result = api.observe_in_lab(topology, command)
-            quiet = quiet.result()
-        self.assertEqual(listed(quiet), GOOD)
-        self.assertEqual(result["code"], EXIT_CODE, result["err"][-2000:])
-        more = result["seconds"] - quiet["seconds"]
-        # Waiting for the processor is the machine's doing: other tests run beside this one.
-        self.assertLess(more, MORE_WHEN_BUSY if busy() else MORE + result["waited"])
-        if not self.sanitized:  # a sanitizer keeps what was freed
-            self.assertLess(result["memory"] - quiet["memory"], self.more_memory)
-        return result
+        for attempt in range(ATTEMPTS):
+            with concurrent.futures.ThreadPoolExecutor(2) as pool:
+                quiet = pool.submit(api.observe_in_lab, network(), [str(self.tool)])
+                result = api.observe_in_lab(topology, command)
+                quiet = quiet.result()
+            self.assertEqual(listed(quiet), GOOD)
+            self.assertEqual(result["code"], EXIT_CODE, result["err"][-2000:])
+            if not self.sanitized:  # a sanitizer keeps what was freed
+                self.assertLess(result["memory"] - quiet["memory"], self.more_memory)
+            more = result["seconds"] - quiet["seconds"]
+            # Waiting for the processor is the machine's doing: other tests run beside this one.
+            limit = MORE_WHEN_BUSY if busy() else MORE + result["waited"]
+            if more < limit:
+                return result
+            print(f"attempt {attempt + 1}: {more:.3f} s more, {limit:.3f} allowed", file=sys.stderr)
+        return self.fail(f"{more:.3f} s more than beside quiet agents, in {ATTEMPTS} attempts")
 
     def found(self, behaviour, agents, *options):
         """The hostile agents in the document; the plain ones are checked to be."""
