@@ -169,7 +169,7 @@ def runs_of(data):
               for agents in AGENTS}
     words = [f"{agents:,} agents {' to '.join(map(str, sorted({min(count), max(count)})))}"
              for agents, count in counts.items() if count]
-    return f"Runs of each case: {', '.join(words)}. Several runs with different outcomes: from … to."
+    return f"Runs of each case: {', '.join(words)}. Two figures are the worst run and the best."
 
 
 def tables(data):
