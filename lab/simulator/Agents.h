@@ -18,17 +18,17 @@ struct Planned
     std::vector<Octets> frames;
 };
 
-/// All agents: decides what becomes of each request. Knows no sockets and no clock.
+/// All agents: decides how each request is answered. Uses no socket and no clock.
 class Agents
 {
 public:
     /// `own` is the hardware address of the interface.
     Agents(const Options& options, Mac own);
 
-    /// What the agents send back for what came in `frame`, in the order of time: the one that it
-    /// was sent to, or else all in a new random order for each request, so that what overflows at
-    /// its end is not always the same agents. Empty for whatever is no request of the right
-    /// community.
+    /// The agents' answers to `frame`, in order of time: of the agent that it was sent to, or, for
+    /// a broadcast, of all agents. Their order is random for each request, so that a receive buffer
+    /// that overflows does not always lose the same agents. Empty unless `frame` is a request with
+    /// the right community.
     std::vector<Planned> answer(std::string_view frame);
 
     /// The ARP reply to `frame`, if that asks for the hardware address of one of the agents; else
@@ -47,7 +47,7 @@ private:
     Mac m_own;
     FrameMaker m_maker;
     std::mt19937 m_random;
-    /// How often a request came: asker's address and port, request identifier.
+    /// How often each request came, by the asker's address and port and the request identifier.
     std::map<std::tuple<std::uint32_t, std::uint16_t, std::int64_t>, unsigned> m_seen;
     Octets m_lastFrame; ///< of the last request, for the flood
 };

@@ -1,5 +1,5 @@
-// Every function here makes the payload of one datagram. Where a behaviour has variants, the
-// number of the agent chooses one, so that enough agents show them all in one run.
+// Every function here makes the payload of one datagram. The agent's number selects among the
+// variants of a behaviour, so that enough agents cover them all in one run.
 
 #include "lab/simulator/Behaviours.h"
 
@@ -88,7 +88,7 @@ Octets empty(const Message& /*answer*/, unsigned /*agent*/, std::mt19937& /*rand
     return {};
 }
 
-/// A right answer of 60 kB: the object asked for, thousands of times.
+/// A valid answer of 60 kB: the requested object, thousands of times.
 Octets large(const Message& answer, unsigned /*agent*/, std::mt19937& /*random*/)
 {
     Message made = answer;
@@ -101,7 +101,7 @@ Octets large(const Message& answer, unsigned /*agent*/, std::mt19937& /*random*/
     return made.encode();
 }
 
-/// Sequences within sequences, thousands deep, in three places of the message.
+/// Nested sequences, thousands deep, in three places of the message.
 Octets deep(const Message& answer, unsigned agent, std::mt19937& /*random*/)
 {
     // From the inside out; every level says how long its content is, in two octets.
@@ -173,7 +173,7 @@ Octets pduType(const Message& answer, unsigned agent, std::mt19937& /*random*/)
     return made.encode();
 }
 
-/// A right answer with something behind it.
+/// A correct answer followed by surplus octets.
 Octets trailing(const Message& answer, unsigned agent, std::mt19937& random)
 {
     return answer.encode() + randomOctets(1 + agent % 1000, random);

@@ -8,8 +8,8 @@
 
 namespace Simulator {
 
-/// What an agent sends back: the payload of one datagram. `plain` is what a plain agent would say,
-/// `agent` the agent's number, by which the agents of one behaviour go through its variants.
+/// What an agent sends back: the payload of one datagram. `plain` is a plain agent's answer.
+/// `agent` is the agent's number, which selects among the variants of a behaviour.
 using Payload = Octets (*)(const Message& plain, unsigned agent, std::mt19937& random);
 
 /// A way to answer, well or badly.
@@ -20,10 +20,10 @@ struct Behaviour
     const char* meaning;
 };
 
-/// All of them, "plain" first.
+/// All behaviours, "plain" first.
 const std::vector<Behaviour>& behaviours();
 
-/// The one of this name, or null.
+/// The behaviour of this name, or null.
 const Behaviour* findBehaviour(const std::string& name);
 
 } // namespace Simulator

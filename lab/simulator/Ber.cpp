@@ -29,7 +29,7 @@ Octets element(unsigned char tag, std::string_view content)
 Octets integer(std::int64_t value, unsigned char tag)
 {
     Octets content;
-    // The last octet taken must carry the sign, so the loop ends only when what is left is it.
+    // The last octet must carry the sign, so the loop ends when only sign bits remain.
     std::int64_t left = value;
     bool complete = false;
     while (!complete) {

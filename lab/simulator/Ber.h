@@ -5,7 +5,7 @@
 #include <string_view>
 
 // The transfer syntax of SNMP (the part of X.690 that RFC 3417, section 8 leaves), as far as the
-// simulated agents need it. It shares no code with the library that they are to test.
+// simulated agents need it. It shares no code with the library under test.
 
 namespace Simulator {
 
@@ -24,8 +24,8 @@ Octets element(unsigned char tag, std::string_view content);
 /// Two's complement in as few octets as will do.
 Octets integer(std::int64_t value, unsigned char tag = tagInteger);
 
-/// Reads elements from front to back. The first octet that does not fit makes it fail for good:
-/// everything read from then on is empty or 0. It does not own what it reads.
+/// Reads elements from front to back. After the first malformed octet every read gives an empty
+/// result or 0. Does not own the octets.
 class Reader
 {
 public:

@@ -15,7 +15,7 @@ namespace Simulator {
 
 using Mac = std::array<unsigned char, 6>;
 
-/// A UDP datagram as it came in one frame.
+/// A UDP datagram received in one frame.
 struct Arrival
 {
     Mac sender = {};
@@ -34,9 +34,9 @@ std::optional<Arrival> readFrame(std::string_view frame);
 class FrameMaker
 {
 public:
-    /// `own` is the interface's address. A frame is at least `minimum` octets long, filled up
-    /// behind the packet: the kernel then charges each with the buffer that a frame of this length
-    /// needs, as the driver of a network card does that receives into buffers of one size.
+    /// `own` is the interface's address. Frames are padded after the packet to at least `minimum`
+    /// octets. The kernel then charges each for a buffer of that size, as with a network card
+    /// whose driver receives into buffers of one size.
     FrameMaker(Mac own, std::size_t minimum) : m_own(own), m_minimum(minimum) {}
 
     /// A datagram from `source`, port 161, to the asker: several frames where one does not hold it.
@@ -56,8 +56,8 @@ private:
     std::uint16_t m_identification = 0;
 };
 
-/// The ARP reply (RFC 826) that tells `own` as the hardware address of whoever `frame` asks for, if
-/// it asks for one of `count` addresses from `first` on; else empty.
+/// The ARP reply (RFC 826) with `own` as the hardware address, if `frame` asks for one of the
+/// `count` addresses from `first` on; else empty.
 Octets arpReply(std::string_view frame, const Mac& own, std::uint32_t first, std::uint32_t count);
 
 /// The Internet checksum (RFC 1071) of `octets`.

@@ -5,11 +5,11 @@
 
 namespace Simulator {
 
-/// Why the caller must not send here, or nothing if it may: it runs in a network namespace of a
-/// lab. Asked for are the same signs as by lab/inside: the environment names this very namespace,
-/// the first process lives in another one (the lab's hub; on a machine the two are the same, or
-/// hidden from an ordinary user), every address is a documentation or loopback one, and no IPv4
-/// route leads out. No single one is trusted: a variable can be inherited.
+/// Why the caller must not send here; nothing if it runs in a network namespace of a lab. It makes
+/// the same checks as lab/inside: the environment names this namespace, the first process is in
+/// another one (the lab's hub; outside a lab both are in the same one, or an ordinary user cannot
+/// look), every address is a documentation or loopback address, and no IPv4 route leads out. All
+/// must hold, because any single one can mislead: an environment variable is inherited.
 std::string refusal();
 
 /// Whether the address, a number in the host's order, is set aside for documentation or tests:

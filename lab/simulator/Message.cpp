@@ -33,8 +33,8 @@ std::optional<Message> readRequest(std::string_view datagram)
 
 namespace {
 
-/// The value of the object `name`: a time for sysUpTime.0, a printer for hrDeviceType.1, by which
-/// CUPS tells printers, and a text for all else.
+/// The value of the object `name`: a time for sysUpTime.0, "printer" for hrDeviceType.1 (how CUPS
+/// recognises printers), and a text for everything else.
 Octets valueOf(std::string_view name)
 {
     constexpr std::int64_t ticks = 4200;

@@ -9,7 +9,7 @@
 
 namespace Simulator {
 
-/// What the command line asks for. Every number has a limit, so no run is without end.
+/// What the command line asks for. Every number has a limit, so that every run ends.
 struct Options
 {
     std::string interface = "eth0";

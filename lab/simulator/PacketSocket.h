@@ -20,7 +20,7 @@ public:
     /// Hardware address of the interface.
     const Mac& mac() const { return m_mac; }
 
-    /// Waits so many milliseconds for a frame from others and returns it; empty if none came.
+    /// Waits up to `milliseconds` for a frame from others; empty if none came.
     Octets receive(int milliseconds);
 
     /// Sends all frames as fast as the system takes them. A frame that it refuses (interface down)

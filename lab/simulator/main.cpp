@@ -1,4 +1,4 @@
-// SNMP agents in great number, or of bad manners, on one subnet of the private test network.
+// Many SNMP agents, or hostile ones, on one subnet of the private test network.
 
 #include "lab/simulator/Agents.h"
 #include "lab/simulator/Guard.h"

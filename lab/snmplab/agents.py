@@ -1,4 +1,4 @@
-"""Starting agents and knowing that they answer."""
+"""Starts agents and waits until they answer."""
 
 from __future__ import annotations
 
@@ -56,7 +56,7 @@ class Agents:
                 self._await_line(agent, process)
 
     def require_alive(self) -> None:
-        """Raises LabError with the log of an agent that ended before the lab did."""
+        """Raises LabError, with the log, if an agent has ended before the lab."""
         for agent, process in self._running:
             if process.poll() is not None:
                 self._give_up(agent, f"ended with {process.returncode}")
@@ -81,13 +81,14 @@ class Agents:
                     if answer.pdu_type == message.RESPONSE:
                         return
                 except (OSError, ber.BerError):
-                    # Nobody listens yet, or not for this community: an answer is late
-                    # (a refusal comes at once, so it must not make the loop spin).
+                    # No answer in time: the agent does not listen yet, or expects another
+                    # community. An ICMP refusal comes at once and must not make the loop spin.
                     select.select([], [], [], 0.01)
         self._give_up(agent, f"no answer within {_READY_SECONDS} s")
 
     def _await_line(self, agent: Agent, process) -> None:
-        """A responder may be told to stay silent, so it says itself that it listens."""
+        """Waits for the line with which the responder says that it listens: it may be
+        configured not to answer."""
         if select.select([process.stdout], [], [], _READY_SECONDS)[0]:
             if process.stdout.readline() == b"ready\n":
                 return
@@ -102,8 +103,8 @@ class Agents:
 
 
 def _start_program(agent: Agent, namespace: Namespace, folder: pathlib.Path, lab: str):
-    """A program of the topology's; it finds in its environment what lab/inside looks
-    at, for its own namespace."""
+    """Starts a program of the topology. Its environment names its own namespace, so that
+    lab/inside's checks pass there."""
     environment = dict(os.environ)
     environment[guard.NAME_VARIABLE] = lab
     environment[guard.NAMESPACE_VARIABLE] = guard.format_identity(namespace.identity)

@@ -20,7 +20,7 @@ LAB = pathlib.Path(__file__).resolve().parent.parent / "lab"
 
 @dataclasses.dataclass(frozen=True)
 class Outcome:
-    """What became of a command in a lab."""
+    """The result of a command that ran in a lab."""
 
     code: int
     out: bytes

@@ -1,8 +1,8 @@
-"""What passes the host's interfaces: every UDP datagram from or to port 161, one JSON
-object a line, in the order in which the kernel saw them.
+"""Captures what passes the host's interfaces: every UDP datagram from or to port 161, one
+JSON object per line, in the kernel's order.
 
-Run as a program with the file's path as its argument: prints one line when it
-captures, and ends at a SIGTERM with everything written that had arrived by then.
+As a program it takes the path of the file to write. It prints one line when the capture
+has started. On SIGTERM it writes everything that has arrived and ends.
 """
 
 from __future__ import annotations
@@ -106,7 +106,7 @@ def _captured(sniffer: socket.socket, stop: List[int]) -> Iterator[Datagram]:
             if level == socket.SOL_SOCKET and kind == _SO_TIMESTAMPNS:
                 seconds, nanoseconds = struct.unpack("qq", data[:16])
                 wall = seconds + nanoseconds / 1e9
-        # The kernel stamps with the wall clock; both clocks are read here and now.
+        # The kernel stamps with the wall clock. Reading both clocks here gives the offset.
         when = wall - time.time() + time.monotonic()
         direction = "sent" if place[2] == _PACKET_OUTGOING else "received"
         found = datagram_in(packet, when, place[0], direction)

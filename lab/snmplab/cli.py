@@ -23,7 +23,7 @@ command's; 128 and a signal's number when the signal ended it; 125 when the lab 
 
 class _Parser(argparse.ArgumentParser):
     def error(self, message: str) -> NoReturn:
-        """Not argparse's 2, which could be the command's."""
+        """Exits with the lab's own code: argparse's 2 could be the command's."""
         self.print_usage(sys.stderr)
         self.exit(sandbox.EXIT_LAB_FAILED, f"lab: {message}\n")
 
@@ -68,7 +68,7 @@ def _parser() -> argparse.ArgumentParser:
 
 
 def main(arguments: List[str]) -> int:
-    """Does what the command line says; returns the exit code. The process must end
+    """Carries out the command line and returns the exit code. The process must exit
     with it at once."""
     if "--" in arguments:
         split = arguments.index("--")

@@ -1,5 +1,5 @@
-"""Checked access to decoded JSON: every value is taken by name and type, what was not
-taken is an error, and every error names its place."""
+"""Checked access to decoded JSON. Callers take each value by name and type; a value that
+nobody took is an error, and every error names its place."""
 
 from __future__ import annotations
 
@@ -85,7 +85,7 @@ class Fields:
         return [Fields(v, f"{self.at(name)}[{i}]") for i, v in enumerate(value)]
 
     def end(self) -> None:
-        """Rejects what was not taken."""
+        """Rejects members that nobody took."""
         if self._left:
             fail(self.where, f"unknown: {', '.join(sorted(self._left))}")
 

@@ -46,9 +46,9 @@ _IFF_UP = 0x1
 
 
 def identity(process: str = "self") -> Identity:
-    """Device and inode of the network namespace of `process`, which tell namespaces
-    that exist at the same time apart (namespaces(7)). Raises OSError when the caller
-    may not look."""
+    """Device and inode of the network namespace of `process`. They are unique among the
+    namespaces that exist at the same time (namespaces(7)). Raises OSError without
+    permission to look."""
     status = os.stat(f"/proc/{process}/ns/net")
     return status.st_dev, status.st_ino
 

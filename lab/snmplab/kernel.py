@@ -49,7 +49,7 @@ def set_network_namespace(descriptor: int) -> None:
 
 
 def die_with_parent() -> None:
-    """Has the kernel kill the calling process when its parent ends, however it ends."""
+    """Makes the kernel kill the calling process when its parent ends, however it ends."""
     _check(
         _libc.prctl(_PR_SET_PDEATHSIG, ctypes.c_ulong(signal.SIGKILL), 0, 0, 0), "prctl"
     )

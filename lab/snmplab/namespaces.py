@@ -57,8 +57,8 @@ class Namespace:
 
     @contextlib.contextmanager
     def entered(self) -> Iterator[None]:
-        """Within it the caller, its new sockets and its new processes are in this
-        namespace; raises LabError when the kernel did not obey."""
+        """A context in which the caller, its new sockets and its new processes are in this
+        namespace. Raises LabError when the kernel did not switch."""
         before = Namespace.current("before")
         try:
             self._enter()
@@ -69,9 +69,9 @@ class Namespace:
 
     def start(self, command: List[str], **settings) -> subprocess.Popen:
         """Starts `command` in this namespace with the `settings` of subprocess.Popen.
-        The lab's first process stays in the hub meanwhile, which is how a command can
-        tell that it is not where the first process is. Raises LabError when the kernel
-        did not move the command here; it was not run then."""
+        The lab's first process stays in the hub meanwhile, so the command is in another
+        namespace than the first process: `guard` checks that. Raises LabError, without
+        running the command, when the kernel did not move it here."""
         try:
             return subprocess.Popen(command, preexec_fn=self._enter, **settings)
         except subprocess.SubprocessError as error:
@@ -117,8 +117,8 @@ def run(command: List[str], text: str = "") -> str:
 
 
 def wait_until(condition, what: str, seconds: float = _OPERATION_SECONDS) -> None:
-    """Asks `condition` until it is true; raises LabError naming `what` when it is not
-    within `seconds`."""
+    """Polls `condition` until it is true. Raises LabError naming `what` after
+    `seconds`."""
     deadline = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > deadline:

@@ -78,7 +78,7 @@ def _links() -> list:
 
 
 def _carrying(names) -> bool:
-    """Until then the kernel drops what is sent."""
+    """Before this is true the kernel drops what is sent."""
     up = {link["ifname"] for link in _links() if link["operstate"] == "UP"}
     return names <= up
 

@@ -1,8 +1,8 @@
-"""What a command costs: runs one and tells its time, memory and processor time, and the
-datagrams that the namespace received and lost meanwhile.
+"""Measures a command: its time, memory and processor time, and how many datagrams its
+network namespace received and lost meanwhile.
 
-Run as a program with the most seconds that the command may take and the command; prints
-one JSON object (see `observe`), standard output and error of the command in it.
+As a program it takes a time limit in seconds and the command. It prints the JSON object
+that `observe` returns, which includes the command's standard output and error.
 """
 
 from __future__ import annotations
@@ -22,11 +22,11 @@ _TURN = 0.02
 
 
 def observe(command: List[str], seconds: float) -> dict:
-    """Runs `command`, killed after so many seconds ("stopped"), and returns "code",
-    "seconds", "memory" (kB of resident memory at the most), "processor" (seconds),
-    "switches" (voluntary, of all threads), "waited" (seconds that its first thread was
-    ready to run and had no processor), "received" and "lost" (UDP datagrams, lost to
-    full receive buffers), "out" and "err"."""
+    """Runs `command` and kills it after `seconds`. Returns "stopped" (whether it was
+    killed), "code", "seconds", "memory" (peak resident set, kB), "processor" (seconds),
+    "switches" (voluntary context switches of all threads), "waited" (seconds for which
+    its first thread was ready to run but had no processor), "received" and "lost" (UDP
+    datagrams; the lost ones found the receive buffer full), "out" and "err"."""
     before = _udp()
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
         started = time.monotonic()
@@ -59,7 +59,7 @@ def observe(command: List[str], seconds: float) -> dict:
 
 
 class _Watch(threading.Thread):
-    """Looks at a process from time to time, and kills it once its time is over."""
+    """Samples a process every 20 ms and kills it at its time limit."""
 
     def __init__(self, pid: int, seconds: float):
         super().__init__(daemon=True)
@@ -79,19 +79,19 @@ class _Watch(threading.Thread):
             if time.monotonic() > self._last and not self.stopped:
                 self.stopped = True
                 with contextlib.suppress(ProcessLookupError):
-                    # Not by its number, which may be another's once it was waited for.
+                    # By descriptor: the number may be reused once the process is reaped.
                     signal.pidfd_send_signal(self._handle, signal.SIGKILL)
 
     def end(self) -> None:
-        """The process was waited for."""
+        """To be called once the process has been reaped."""
         self._ended.set()
         self.join()
         os.close(self._handle)
 
 
 def _memory(seen: int, told: int) -> int:
-    """What wait4 tells is exact, but not less than this program had when it made the
-    process."""
+    """wait4's figure is exact, but a child starts with this program's own peak. So it
+    counts only if it is larger than that."""
     return told if told > _peak(os.getpid()) else seen
 
 
@@ -107,7 +107,7 @@ def _peak(pid: int) -> int:
 
 
 def _waited(pid: int) -> float:
-    """Zero where the kernel does not tell."""
+    """Zero where the kernel does not report it."""
     try:
         with open(f"/proc/{pid}/schedstat", encoding="ascii") as file:
             return int(file.read().split()[1]) / 1e9

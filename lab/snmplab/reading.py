@@ -20,7 +20,7 @@ _PRIVACY = ("DES", "AES")
 # IFNAMSIZ allows 15 characters.
 _INTERFACE_NAME = re.compile(r"[a-z][a-z0-9._-]{0,14}")
 _NAME = re.compile(r"[a-z][a-z0-9-]{0,30}")
-# What snmpd.conf takes between quotation marks as it stands.
+# Characters that snmpd.conf takes literally between quotation marks.
 _SECRET = re.compile(r"[!#-\[\]-~]+")
 _PASS_PHRASE = re.compile(_SECRET.pattern[:-1] + "{8,}")  # RFC 3414, section 11.2
 

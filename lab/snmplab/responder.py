@@ -38,7 +38,7 @@ class Reply(NamedTuple):
 
 
 class Script:
-    """Decides what becomes of each request. Knows no sockets and no clock."""
+    """Decides how each request is answered. Uses no socket and no clock."""
 
     def __init__(self, community: str, behaviour: Behaviour):
         self._community = community.encode()
@@ -46,8 +46,8 @@ class Script:
         self._seen: collections.Counter = collections.Counter()
 
     def replies(self, datagram: bytes, asker: Address, ticks: int) -> Iterator[Reply]:
-        """What to send back to `asker`; `ticks` is the time to tell, in hundredths of
-        a second. What is no request of the right community gets nothing."""
+        """What to send back to `asker`; `ticks` is the time value, in hundredths of a
+        second. Anything but a request with the right community gets no answer."""
         try:
             request = message.decode(datagram)
         except ber.BerError:
@@ -85,8 +85,8 @@ class Responder:
     def __init__(self, script: Script, reply_from: str):
         self._script = script
         self._selector = selectors.DefaultSelector()
-        # Bound to all addresses, so that broadcasts arrive; the kernel then picks the
-        # agent's own address on the asker's subnet as the source of the answers.
+        # Bound to all addresses, so that broadcasts arrive. The kernel then uses the
+        # agent's own address on the asker's subnet as the source of each answer.
         self._out = self._listen("0.0.0.0")
         if reply_from:
             self._out = self._listen(reply_from)

@@ -45,8 +45,8 @@ def run_isolated(
     An ordinary user gets a user namespace around them, root only when
     `user_namespace` asks for it or plain namespaces are denied. The calling process
     is left inside the new network namespace and must do nothing but end. A LabError
-    from `body` is printed and becomes EXIT_LAB_FAILED, namespaces that turn out to be
-    impossible become `impossible`; a signal that ends the caller ends the lab."""
+    from `body` is printed and becomes EXIT_LAB_FAILED. If the system denies the
+    namespaces, the result is `impossible`. A signal that ends the caller ends the lab."""
     if sys.platform != "linux":
         print(f"{_IMPOSSIBLE}: this is not Linux", file=sys.stderr)
         return impossible
@@ -98,7 +98,7 @@ def _be_first_process(
         kernel.die_with_parent()
         if select.select([alive], [], [], 0)[0]:
             os._exit(status)  # the parent ended before the line above
-        # Handlers, since an ignored signal would stay ignored in what the lab runs.
+        # Handlers, not SIG_IGN: an ignored signal would stay ignored in the lab's commands.
         for number in _ENDING_SIGNALS:
             signal.signal(number, lambda *_: None)
         guard.require_fresh(outside)
@@ -117,8 +117,8 @@ def _be_first_process(
 
 
 def _mount() -> bool:
-    """False, and the reason printed, where a container denies a mount that the
-    namespaces themselves would allow."""
+    """False, with the reason printed, where a container denies a mount that the
+    namespaces would allow."""
     try:
         kernel.keep_mounts_private()
         kernel.mount_proc()

@@ -1,17 +1,17 @@
 """Net-SNMP's agent as Debian packages it, one in each namespace.
 
-Each has a folder of its own with its configuration and its persistent data, given by
-SNMPCONFPATH and SNMP_PERSISTENT_DIR, so that nothing of the machine's is read or
-written. SNMPCONFPATH stands for the whole search path, so it names the persistent
-folder too: SNMPv3 users are read from there. (The option -C would leave it out.)
+Each agent has its own folder for configuration and persistent data. SNMPCONFPATH and
+SNMP_PERSISTENT_DIR name that folder, so the agent reads and writes nothing of the
+machine's. SNMPCONFPATH replaces the whole search path. It therefore lists the persistent
+folder too, because snmpd reads its SNMPv3 users from there. (Option -C would skip it.)
 
-snmpd 5.9.3 answers a broadcast with the address that the request was sent to, the
-broadcast address, as the source of its answer; recent kernels refuse that with
-ENETUNREACH, so it stays silent (5.9.4 does it right). One rule in the agent's namespace
-therefore turns broadcast requests into unicast ones before routing: it makes the
-agent's own address their destination and "host" their packet type. The asker sees
-nothing of it: on the wire the request is a broadcast, and the answer comes from the
-agent's own address, as that of a printer does.
+snmpd 5.9.3 uses the destination of a request as the source of its answer. For a broadcast
+that is the broadcast address, which recent kernels refuse with ENETUNREACH, so the agent
+stays silent. (5.9.4 is correct.) Therefore one nftables rule in the agent's namespace turns
+broadcast requests into unicast ones before routing: it sets the destination to the
+agent's own address and the packet type to "host". On the wire nothing changes: the
+request is a broadcast, and the answer comes from the agent's own address, like a
+printer's.
 """
 
 from __future__ import annotations

@@ -1,5 +1,4 @@
-"""A network as data. `reading` makes it from JSON; whoever holds it need not check it
-again."""
+"""A network as data. `reading` makes it from JSON and has checked it."""
 
 from __future__ import annotations
 
@@ -33,7 +32,7 @@ class User:
 
 @dataclasses.dataclass(frozen=True)
 class Object:
-    """An object instance that an snmpd answers with besides its own: the numeric name,
+    """An object instance that an snmpd serves in addition to its own: the numeric name,
     snmpd's word for the type, and the value as text."""
 
     name: str
