@@ -65,7 +65,8 @@ class _Watch(threading.Thread):
         super().__init__(daemon=True)
         self.memory, self.waited, self.stopped = 0, 0.0, False
         self._pid = pid
-        self._handle = os.pidfd_open(pid)
+        # Not "_handle": from Python 3.13 on that is an attribute of Thread's own.
+        self._descriptor = os.pidfd_open(pid)
         self._last = time.monotonic() + seconds
         self._ended = threading.Event()
         self.start()
@@ -80,13 +81,13 @@ class _Watch(threading.Thread):
                 self.stopped = True
                 with contextlib.suppress(ProcessLookupError):
                     # By descriptor: the number may be reused once the process is reaped.
-                    signal.pidfd_send_signal(self._handle, signal.SIGKILL)
+                    signal.pidfd_send_signal(self._descriptor, signal.SIGKILL)
 
     def end(self) -> None:
         """To be called once the process has been reaped."""
         self._ended.set()
         self.join()
-        os.close(self._handle)
+        os.close(self._descriptor)
 
 
 def _memory(seen: int, told: int) -> int:

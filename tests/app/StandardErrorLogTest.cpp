@@ -253,7 +253,7 @@ TEST_F(StandardErrorLogInstalled, AnotherPlaceInTheConfigurationIsTheOnlyOne)
     const Channel channel(false);
     const RedirectedError error(channel.writer());
     StandardErrorLog::install();
-    ASSERT_NE(netsnmp_register_filelog_handler(name.c_str(), LOG_DEBUG, LOG_EMERG, 0), nullptr);
+    snmp_enable_filelog(name.c_str(), 0);
     snmp_log(LOG_ERR, "elsewhere\n");
     EXPECT_EQ(channel.read(), "");
     EXPECT_NE(contents(name).find("elsewhere\n"), std::string::npos) << contents(name);

@@ -163,7 +163,9 @@ TEST_F(ValueWithoutMemoryForAText, OfAnOctetString)
 TEST_F(ValueWithoutMemoryForAText, OfAnEnumeration)
 {
     std::vector<char> label(longText, longText + sizeof longText);
-    enum_list entry{nullptr, 1, label.data()};
+    enum_list entry{};
+    entry.value = 1;
+    entry.label = label.data();
     struct tree node
     {};
     node.enums = &entry;

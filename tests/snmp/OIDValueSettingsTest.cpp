@@ -91,7 +91,9 @@ TEST_P(OIDValueSettings, ArePutBackAfterAnOctetString)
 TEST_P(OIDValueSettings, ArePutBackAfterAnEnumeration)
 {
     char label[] = "running";
-    enum_list entry{nullptr, 1, label};
+    enum_list entry{};
+    entry.value = 1;
+    entry.label = label;
     struct tree node
     {};
     node.enums = &entry;

@@ -93,13 +93,22 @@ protected:
         EXPECT_EQ(from, get_tree_head());
         return m_found;
     }
+    /// Set by name: later releases of Net-SNMP 5.9 have a member more.
+    static enum_list entry(enum_list* next, int value, char* label)
+    {
+        enum_list made{};
+        made.next = next;
+        made.value = value;
+        made.label = label;
+        return made;
+    }
 
     char m_first[6] = "first";
     char m_second[7] = "second";
     char m_negative[9] = "negative";
-    enum_list m_third{nullptr, -1, m_negative};
-    enum_list m_duplicate{&m_third, 1, m_second};
-    enum_list m_entries{&m_duplicate, 1, m_first};
+    enum_list m_third = entry(nullptr, -1, m_negative);
+    enum_list m_duplicate = entry(&m_third, 1, m_second);
+    enum_list m_entries = entry(&m_duplicate, 1, m_first);
     struct tree m_node = [this] {
         struct tree node
         {};
