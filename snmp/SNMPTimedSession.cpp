@@ -1,0 +1,236 @@
+// Requests that end at a deadline. Net-SNMP's own synchronous requests cannot be used: they last as
+// long as all their resends, and take an answer from any address.
+
+#include "snmp/SNMPTimedSession.h"
+
+#include <net-snmp/library/large_fd_set.h>
+#include <net-snmp/library/snmpusm.h>
+
+#include <arpa/inet.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <string_view>
+
+namespace UVARNETSNMP {
+
+namespace {
+
+constexpr int resends = 20;
+constexpr std::string_view udp = "udp:"; // Net-SNMP's name of the transport, in front of an address
+
+/// Held while a session of SNMPv3 is inside Net-SNMP; see the class.
+std::mutex engines;
+
+std::chrono::milliseconds untilOrZero(SNMPTimedSession::Time time)
+{
+    const auto left = time - std::chrono::steady_clock::now();
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(left),
+                    std::chrono::milliseconds(0));
+}
+
+} // namespace
+
+/// A session's turn inside Net-SNMP: exclusive for SNMPv3 only.
+class SNMPTimedSession::Turn
+{
+public:
+    explicit Turn(long version) : m_lock(engines, std::defer_lock)
+    {
+        if (version == SNMP_VERSION_3) {
+            m_lock.lock();
+        }
+    }
+
+private:
+    std::unique_lock<std::mutex> m_lock;
+};
+
+// The temporary lives until the other constructor, and with it the base class's, has ended.
+SNMPTimedSession::SNMPTimedSession(long version, const SNMPSecurity& security,
+                                   const std::string& host, long resend)
+    : SNMPTimedSession(version, security, host, resend, Turn(version))
+{}
+
+SNMPTimedSession::SNMPTimedSession(long version, const SNMPSecurity& security,
+                                   const std::string& host, long resend, const Turn& /*turn*/)
+    : SNMPSession(version, security, host, false), m_resend(resend)
+{
+    const std::size_t address = host.compare(0, udp.size(), udp) == 0 ? udp.size() : 0;
+    const std::size_t length = host.find(':', address) - address;
+    if (inet_pton(AF_INET, host.substr(address, length).c_str(), &m_agent) != 1) {
+        m_spent = true;
+    }
+    if (m_sessionPtr != nullptr) {
+        m_sessionPtr->timeout = resend;
+        m_sessionPtr->retries = resends;
+    }
+}
+
+SNMPTimedSession::~SNMPTimedSession()
+{
+    // Here and not in the base class, because closing calls Received for what is outstanding, and
+    // because of the turn.
+    if (m_sessionHandle != nullptr) {
+        const Turn turn(m_session.version);
+        snmp_sess_close(m_sessionHandle);
+        m_sessionHandle = nullptr;
+        m_sessionPtr = nullptr;
+    }
+    ReleasePDU(m_response);
+}
+
+void SNMPTimedSession::DiscardMessages()
+{
+    netsnmp_register_loghandler(NETSNMP_LOGHANDLER_NONE, LOG_DEBUG);
+}
+
+snmp_pdu* SNMPTimedSession::Ask(int type, const std::vector<OID>& names, Time deadline)
+{
+    if (m_sessionPtr == nullptr || m_spent) {
+        return nullptr;
+    }
+    if (m_session.version == SNMP_VERSION_3 && m_sessionPtr->securityEngineIDLen == 0 &&
+        !FindEngine(deadline)) {
+        m_spent = true;
+        return nullptr;
+    }
+    snmp_pdu* const request = snmp_pdu_create(type);
+    if (request == nullptr) {
+        return nullptr;
+    }
+    for (const OID& name : names) {
+        snmp_add_null_var(request, name.oidptr(), name.oidsize());
+    }
+    Exchange(request, deadline);
+    snmp_pdu* const response = m_response;
+    m_response = nullptr;
+    m_spent = response == nullptr;
+    return response;
+}
+
+/// An empty request without a user, which the agent answers with a report that carries its engine
+/// ID; Net-SNMP takes it over from there. Net-SNMP's own probe would block in here.
+bool SNMPTimedSession::FindEngine(Time deadline)
+{
+    snmp_pdu* const probe = snmp_pdu_create(SNMP_MSG_GET);
+    if (probe == nullptr) {
+        return false;
+    }
+    probe->version = SNMP_VERSION_3;
+    probe->securityName = strdup("");
+    probe->securityNameLen = 0;
+    probe->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
+    probe->securityModel = SNMP_SEC_MODEL_USM;
+    m_sessionPtr->flags |= SNMP_FLAGS_DONT_PROBE;
+    Exchange(probe, deadline);
+    ReleasePDU(m_response);
+    m_response = nullptr;
+    const Turn turn(m_session.version);
+    return m_sessionPtr->securityEngineIDLen != 0 &&
+           usm_create_user_from_session(m_sessionPtr) == SNMPERR_SUCCESS;
+}
+
+/// Takes `request` over. Afterwards m_response is its response or null.
+void SNMPTimedSession::Exchange(snmp_pdu* request, Time deadline)
+{
+    m_state = State::waiting;
+    {
+        const Turn turn(m_session.version);
+        if (snmp_sess_async_send(m_sessionHandle, request, &SNMPTimedSession::Received, this) ==
+            0) {
+            snmp_free_pdu(request);
+            m_state = State::idle;
+            return;
+        }
+    }
+    Time nextResend = std::chrono::steady_clock::now() + m_resend;
+    while (m_state == State::waiting && std::chrono::steady_clock::now() < deadline) {
+        const netsnmp_transport* const transport = snmp_sess_transport(m_sessionHandle);
+        pollfd socket = {transport == nullptr ? -1 : transport->sock, POLLIN, 0};
+        const int ready =
+            poll(&socket, 1, static_cast<int>(untilOrZero(std::min(deadline, nextResend)).count()));
+        const bool due = std::chrono::steady_clock::now() >= nextResend;
+        Serve(socket.fd, ready > 0, due);
+        if (due) {
+            nextResend = std::chrono::steady_clock::now() + m_resend;
+        }
+    }
+}
+
+void SNMPTimedSession::Serve(int descriptor, bool readable, bool resend)
+{
+    if (readable) {
+        // With room for the descriptor from the start: growing it later loops for ever when memory
+        // runs out.
+        netsnmp_large_fd_set ready = {};
+        netsnmp_large_fd_set_init(&ready, descriptor + 1);
+        if (ready.lfs_setsize != 0) {
+            netsnmp_large_fd_setfd(descriptor, &ready);
+            const Turn turn(m_session.version);
+            snmp_sess_read2(m_sessionHandle, &ready);
+        }
+        netsnmp_large_fd_set_cleanup(&ready);
+    }
+    if (resend) {
+        const Turn turn(m_session.version);
+        snmp_sess_timeout(m_sessionHandle);
+    }
+}
+
+/// 1 ends the request for Net-SNMP, 0 keeps it waiting. While the session closes, Net-SNMP calls
+/// this for what is outstanding.
+int SNMPTimedSession::Received(int operation, snmp_session* /*session*/, int /*reqid*/,
+                               snmp_pdu* pdu, void* magic)
+{
+    auto* const self = static_cast<SNMPTimedSession*>(magic);
+    switch (operation) {
+    case NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE:
+        return pdu == nullptr ? 0 : self->Take(*pdu);
+    case NETSNMP_CALLBACK_OP_TIMED_OUT:
+    case NETSNMP_CALLBACK_OP_SEC_ERROR:
+    case NETSNMP_CALLBACK_OP_SEND_FAILED:
+        self->m_state = State::refused;
+        return 1;
+    default:
+        return 1;
+    }
+}
+
+int SNMPTimedSession::Take(snmp_pdu& pdu)
+{
+    if (!FromAgent(pdu)) {
+        return 0;
+    }
+    if (pdu.command == SNMP_MSG_REPORT) {
+        m_heard = true;
+        // Net-SNMP sends the request again with the agent's time (RFC 3414, 2.3).
+        if (snmpv3_get_report_type(&pdu) != SNMPERR_NOT_IN_TIME_WINDOW) {
+            m_state = State::refused;
+        }
+        return 1;
+    }
+    if (pdu.command != SNMP_MSG_RESPONSE) {
+        return 0;
+    }
+    m_heard = true;
+    m_response = snmp_clone_pdu(&pdu);
+    m_state = State::answered;
+    return 1;
+}
+
+/// Net-SNMP's record of a UDP datagram starts with the sender's address.
+bool SNMPTimedSession::FromAgent(const snmp_pdu& pdu) const
+{
+    sockaddr_in from = {};
+    if (pdu.transport_data == nullptr ||
+        pdu.transport_data_length < static_cast<int>(sizeof from)) {
+        return false;
+    }
+    std::memcpy(&from, pdu.transport_data, sizeof from);
+    return from.sin_family == AF_INET && from.sin_addr.s_addr == m_agent.s_addr;
+}
+
+} // namespace UVARNETSNMP

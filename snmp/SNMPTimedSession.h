@@ -1,0 +1,79 @@
+#pragma once
+
+#include "snmp/SNMPSession.h"
+
+#include <netinet/in.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace UVARNETSNMP {
+
+/// A session to one agent for requests that end at a deadline and may ask for several names at
+/// once. It takes answers from the agent's address only.
+///
+/// It adds to SNMPSession and changes nothing of it. The requests of the base class must not be
+/// used on such a session.
+///
+/// Threads: as for SNMPSession. Sessions of SNMPv3 share Net-SNMP's tables of users and engines, so
+/// the library lets one of them at a time into Net-SNMP. None waits there for an answer.
+class SNMPTimedSession : public SNMPSession
+{
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    /// Opens a session to `host`, an IPv4 address with or without "udp:" and ":port". Every request
+    /// is sent again after each `resend` microseconds without an answer, at most 20 times.
+    SNMPTimedSession(long version, const SNMPSecurity& security, const std::string& host,
+                     long resend);
+    SNMPTimedSession(const SNMPTimedSession&) = delete;
+    SNMPTimedSession& operator=(const SNMPTimedSession&) = delete;
+    ~SNMPTimedSession() override;
+
+    /// Sends one request of `type` (SNMP_MSG_GET or SNMP_MSG_GETNEXT) for `names` and waits for
+    /// its response, which the caller owns (ReleasePDU) and whose errstat the caller inspects.
+    /// Null when the session is not open, nothing could be sent, no response came before
+    /// `deadline`, or the agent refused the credentials. No further request is sent after that.
+    ///
+    /// SNMPv3: the first request finds out the agent's engine ID (RFC 3414, section 4) before the
+    /// same deadline, unless the security parameters contain it.
+    snmp_pdu* Ask(int type, const std::vector<OID>& names, Time deadline);
+
+    /// Whether an answer to a request has come from the agent's address, a refusal (an error-status
+    /// or a report of SNMPv3) included.
+    bool Heard() const noexcept { return m_heard; }
+
+    /// Discards Net-SNMP's messages from now on. What agents send can cause thousands of them.
+    /// Before Initialize.
+    static void DiscardMessages();
+
+private:
+    enum class State
+    {
+        idle,
+        waiting,
+        answered,
+        refused
+    };
+    class Turn;
+
+    SNMPTimedSession(long version, const SNMPSecurity& security, const std::string& host,
+                     long resend, const Turn& turn);
+    static int Received(int operation, snmp_session* session, int reqid, snmp_pdu* pdu,
+                        void* magic);
+    int Take(snmp_pdu& pdu);
+    bool FromAgent(const snmp_pdu& pdu) const;
+    bool FindEngine(Time deadline);
+    void Exchange(snmp_pdu* request, Time deadline);
+    void Serve(int descriptor, bool readable, bool resend);
+
+    in_addr m_agent = {};
+    std::chrono::microseconds m_resend;
+    State m_state = State::idle;
+    bool m_spent = false; ///< a request went unanswered, and may still be answered: no other
+    bool m_heard = false;
+    snmp_pdu* m_response = nullptr; ///< owned until Ask hands it out
+};
+
+} // namespace UVARNETSNMP

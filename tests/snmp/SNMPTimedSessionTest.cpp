@@ -1,0 +1,204 @@
+// Requests that end at a deadline, with the real Net-SNMP, against agents of the test's own on the
+// loopback interface.
+
+#include "snmp/SNMPTimedSession.h"
+#include "tests/snmp/SNMPSessionLoopback.h"
+#include "tests/snmp/Wire.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <system_error>
+
+namespace {
+
+using namespace std::chrono_literals;
+using UVARNETSNMP::ByteString;
+using UVARNETSNMP::OID;
+using UVARNETSNMP::SNMPSecurity;
+using UVARNETSNMP::SNMPTimedSession;
+
+const SNMPSecurity publicCommunity(std::map<std::string, std::string>{{"community", "public"}});
+
+class SNMPTimedSessionTest : public ::testing::Test
+{
+protected:
+    static SNMPTimedSession::Time in(std::chrono::milliseconds time)
+    {
+        return std::chrono::steady_clock::now() + time;
+    }
+
+    /// The TimeTicks of the answer, -1 without one.
+    long ask(SNMPTimedSession& session, std::chrono::milliseconds time)
+    {
+        snmp_pdu* const answer = session.Ask(SNMP_MSG_GETNEXT, {m_oid}, in(time));
+        const variable_list* const binding = answer == nullptr ? nullptr : answer->variables;
+        const long ticks =
+            binding == nullptr || binding->type != ASN_TIMETICKS ? -1 : *binding->val.integer;
+        session.ReleasePDU(answer);
+        return ticks;
+    }
+
+    const OID m_oid{"1.3.6.1.2.1.1.3.0"};
+};
+
+TEST_F(SNMPTimedSessionTest, AnAnswerAndThenAnother)
+{
+    LoopbackAgent agent(&Answer);
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 1000000);
+
+    EXPECT_FALSE(session.Heard());
+    EXPECT_EQ(ask(session, 5s), 42);
+    EXPECT_TRUE(session.Heard());
+    EXPECT_EQ(ask(session, 5s), 42);
+    EXPECT_EQ(agent.Stop().size(), 2U);
+}
+
+TEST_F(SNMPTimedSessionTest, SeveralNamesGoInOneRequest)
+{
+    for (const long version : {long{SNMP_VERSION_1}, long{SNMP_VERSION_2c}}) {
+        LoopbackAgent agent(&Answer);
+        SNMPTimedSession session(version, publicCommunity, agent.Host(), 1000000);
+
+        session.ReleasePDU(session.Ask(SNMP_MSG_GETNEXT, {m_oid, m_oid}, in(5s)));
+
+        const auto& requests = agent.Stop();
+        ASSERT_EQ(requests.size(), 1U);
+        const Wire::Message request = Wire::Decode(requests[0]);
+        EXPECT_EQ(request.version, version);
+        EXPECT_EQ(request.community, "public");
+        EXPECT_EQ(request.type, Wire::getNext);
+        EXPECT_EQ(request.errorStatus, 0);
+        EXPECT_EQ(request.bindings, Wire::SysUpTimeNull() + Wire::SysUpTimeNull());
+    }
+}
+
+TEST_F(SNMPTimedSessionTest, ASilentAgentCostsTheTimeThatItWasGiven)
+{
+    LoopbackAgent agent;
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 60000);
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_EQ(ask(session, 300ms), -1);
+
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    EXPECT_FALSE(session.Heard());
+    const auto& requests = agent.Stop();
+    EXPECT_GE(requests.size(), 2U) << "it is sent again";
+    EXPECT_LE(requests.size(), 6U);
+    for (const std::string& request : requests) {
+        EXPECT_EQ(request, requests[0]);
+    }
+}
+
+TEST_F(SNMPTimedSessionTest, NothingIsSentAfterASilence)
+{
+    LoopbackAgent agent;
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 1000000);
+
+    EXPECT_EQ(ask(session, 50ms), -1);
+    EXPECT_EQ(ask(session, 50ms), -1);
+
+    EXPECT_EQ(agent.Stop().size(), 1U);
+}
+
+TEST_F(SNMPTimedSessionTest, AnAnswerToTheResend)
+{
+    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t number) {
+        if (number > 0) {
+            self.Reply(Wire::Response(request, 7));
+        }
+    });
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 20000);
+
+    EXPECT_EQ(ask(session, 5s), 7);
+}
+
+TEST_F(SNMPTimedSessionTest, AnAnswerFromAnotherAddressDoesNotCount)
+{
+    std::unique_ptr<LoopbackSocket> other;
+    try {
+        other = std::make_unique<LoopbackSocket>("127.0.0.2");
+    } catch (const std::system_error&) {
+        GTEST_SKIP() << "NOT TESTED: the loopback interface has no address but 127.0.0.1";
+    }
+    LoopbackAgent agent([&](const LoopbackAgent& self, const std::string& request, size_t number) {
+        self.ReplyFrom(*other, Wire::Response(request, 1));
+        if (number > 2) {
+            self.Reply(Wire::Response(request, 2));
+        }
+    });
+    SNMPTimedSession silent(SNMP_VERSION_1, publicCommunity, agent.Host(), 10000000);
+    EXPECT_EQ(ask(silent, 100ms), -1);
+    EXPECT_FALSE(silent.Heard());
+
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 50000);
+    EXPECT_EQ(ask(session, 5s), 2);
+    EXPECT_TRUE(session.Heard());
+}
+
+TEST_F(SNMPTimedSessionTest, AnotherRequestIdentifierAndOtherPDUsDoNotCount)
+{
+    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t) {
+        Wire::Message other = Wire::Decode(Wire::Response(request, 1));
+        other.requestID.back() = static_cast<char>(other.requestID.back() ^ 1);
+        self.Reply(Wire::Encode(other));
+        self.Reply(request);
+        self.Reply("not an SNMP message");
+        self.Reply("");
+    });
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 1000000);
+
+    EXPECT_EQ(ask(session, 100ms), -1);
+    EXPECT_FALSE(session.Heard());
+}
+
+TEST_F(SNMPTimedSessionTest, AnErrorStatusIsAnAnswer)
+{
+    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t) {
+        Wire::Message message = Wire::Decode(request);
+        message.type = Wire::response;
+        message.errorStatus = SNMP_ERR_NOSUCHNAME;
+        message.errorIndex = 1;
+        self.Reply(Wire::Encode(message));
+    });
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 1000000);
+
+    snmp_pdu* const answer = session.Ask(SNMP_MSG_GETNEXT, {m_oid}, in(5s));
+
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer->errstat, SNMP_ERR_NOSUCHNAME);
+    EXPECT_EQ(answer->errindex, 1);
+    session.ReleasePDU(answer);
+    EXPECT_TRUE(session.Heard());
+}
+
+TEST_F(SNMPTimedSessionTest, ASilentEngineOfSNMPv3CostsTheTimeThatItWasGiven)
+{
+    LoopbackAgent agent;
+    const SNMPSecurity user(std::map<std::string, std::string>{{"securityname", "nobody"},
+                                                               {"securitylevel", "NoAuthNoPriv"}});
+    SNMPTimedSession session(SNMP_VERSION_3, user, agent.Host(), 50000);
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_EQ(ask(session, 200ms), -1);
+    EXPECT_EQ(ask(session, 10s), -1);
+
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 200ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    EXPECT_GE(agent.Stop().size(), 2U);
+}
+
+TEST_F(SNMPTimedSessionTest, WhatIsNoAddressIsNeverAsked)
+{
+    SNMPTimedSession name(SNMP_VERSION_1, publicCommunity, "localhost", 1000000);
+    SNMPTimedSession empty(SNMP_VERSION_1, publicCommunity, "", 1000000);
+
+    EXPECT_EQ(ask(name, 1s), -1);
+    EXPECT_EQ(ask(empty, 1s), -1);
+}
+
+} // namespace
