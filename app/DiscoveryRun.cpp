@@ -67,12 +67,10 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         std::vector<NetworkInterface> interfaces = NetworkInterface::list(true, true);
         std::vector<Poco::SharedPtr<SubnetDiscovery>> workers;
 
-        const PersistentFolder persistent(config().getString("SNMPPersistPath", ""));
+        const std::string persistent = persistentFolder(config().getString("SNMPPersistPath", ""));
         const Path mibs = mibDirectory(config().getString("application.path", ""));
-        persistent.keepUnread();
         StandardErrorLog::install();
-        if (!SNMPSession::Initialize("SNMPDiscovery", persistent.directory(), mibs.toString(),
-                                     "Printer-MIB")) {
+        if (!SNMPSession::Initialize("SNMPDiscovery", persistent, mibs.toString(), "Printer-MIB")) {
             return EXIT_USAGE;
         }
         SNMPSession::AskForReceiveBuffer(receiveBuffer);
@@ -93,7 +91,6 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 
         // No lock: every thread that added a responder has been joined.
         std::cout << document(m_responders).to_json();
-        persistent.keepUnwritten();
     }
 
     SNMPSession::Terminate();

@@ -1,18 +1,23 @@
 #include "app/PersistentFolder.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
+#include <Poco/Path.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <stdlib.h> // setenv is POSIX: <cstdlib> does not promise it
 
 using Poco::Path;
 
 namespace {
+
+/// What lies in a place where only this process's user should have been.
+enum class Standing
+{
+    absent,
+    own,     ///< a directory of the effective user, closed to group and others
+    foreign, ///< anything else, or cannot be determined
+};
 
 /// The path of a folder as a file's: a separator at its end would make lstat follow a link.
 std::string withoutSeparator(Path folder)
@@ -20,42 +25,8 @@ std::string withoutSeparator(Path folder)
     return folder.makeFile().toString();
 }
 
-} // namespace
-
-PersistentFolder::PersistentFolder(const std::string& choice) : m_isDefault(choice.empty())
-{
-    if (!m_isDefault) {
-        m_path.parseDirectory(choice);
-        return;
-    }
-    m_path.parseDirectory(Path::temp());
-    m_path.pushDirectory("SNMPDiscoveryApp");
-    m_path.pushDirectory("snmp-persist");
-    m_standing = standingOfBoth(m_path);
-}
-
-std::string PersistentFolder::directory() const
-{
-    return m_standing == Standing::foreign ? std::string() : m_path.toString();
-}
-
-void PersistentFolder::keepUnread() const
-{
-    if (m_isDefault && m_standing == Standing::absent) {
-        // No other thread reads the environment meanwhile: see the class.
-        setenv("SNMPCONFPATH", get_configuration_directory(), 0); // NOLINT(concurrency-mt-unsafe)
-    }
-}
-
-void PersistentFolder::keepUnwritten() const
-{
-    if (m_isDefault && m_standing != Standing::foreign &&
-        standingOfBoth(m_path) == Standing::foreign) {
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
-    }
-}
-
-PersistentFolder::Standing PersistentFolder::standing(const std::string& path)
+/// `path` must not end with a separator. Links are not followed.
+Standing standing(const std::string& path)
 {
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) {
@@ -66,9 +37,28 @@ PersistentFolder::Standing PersistentFolder::standing(const std::string& path)
                                                                            : Standing::foreign;
 }
 
-/// The worse of the folder's standing and its parent's: who owns the parent can replace the folder.
-PersistentFolder::Standing PersistentFolder::standingOfBoth(const Path& folder)
+/// Whether nobody else can have put anything into `folder`, or can from now on.
+bool isSafe(const Path& folder)
 {
-    const Standing parent = standing(withoutSeparator(folder.parent()));
-    return parent == Standing::own ? standing(withoutSeparator(folder)) : parent;
+    const std::string parent = withoutSeparator(folder.parent());
+    // First made, then judged: a parent that is judged first could be slipped in before it is made.
+    // A failure needs no question of its own: nothing that is not our own passes the judgement.
+    mkdir(parent.c_str(), S_IRWXU);
+    return standing(parent) == Standing::own &&
+           standing(withoutSeparator(folder)) != Standing::foreign;
+}
+
+} // namespace
+
+std::string persistentFolder(const std::string& choice)
+{
+    Path folder;
+    if (!choice.empty()) {
+        folder.parseDirectory(choice);
+        return folder.toString();
+    }
+    folder.parseDirectory(Path::temp());
+    folder.pushDirectory("SNMPDiscoveryApp");
+    folder.pushDirectory("snmp-persist");
+    return isSafe(folder) ? folder.toString() : std::string();
 }

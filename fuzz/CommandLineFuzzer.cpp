@@ -64,7 +64,7 @@ void checkDefinition(Application& application, const std::string& definition)
 void checkFolder(const std::string& choice)
 {
     if (!choice.empty()) {
-        const std::string directory = PersistentFolder(choice).directory();
+        const std::string directory = persistentFolder(choice);
         const bool isPresentOne = choice.find_first_not_of("./") == std::string::npos;
         check(isPresentOne || (!directory.empty() && directory.back() == '/'), "a directory",
               choice);

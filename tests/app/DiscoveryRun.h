@@ -2,6 +2,7 @@
 
 #include "tests/app/FakeNetwork.h"
 #include "tests/app/TestApp.h"
+#include "tests/support/Guards.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 #include <vector>
 
 /// A whole run without interfaces, with a library that is set up and torn down without fail; what a
-/// test does not change.
+/// test does not change. The default persistent folder lies in a temporary directory of the test's.
 class DiscoveryRun : public testing::Test
 {
 protected:
@@ -39,6 +40,8 @@ protected:
         return static_cast<std::size_t>(std::count(calls.begin(), calls.end(), call));
     }
 
+    const TestSupport::TemporaryDirectory temporary;
+    const TestSupport::EnvironmentGuard tmpdir{"TMPDIR", temporary.path().string()};
     FakeNetwork network;
     const CapturedOutput output;
     Poco::AutoPtr<TestApp> application{new TestApp};

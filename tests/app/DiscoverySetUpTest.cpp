@@ -3,14 +3,8 @@
 #include "tests/app/DiscoveryRun.h"
 #include "tests/support/Guards.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
-
-#include <cstdlib>
 #include <fstream>
 
-using TestSupport::EnvironmentGuard;
 using TestSupport::TemporaryDirectory;
 
 namespace {
@@ -42,12 +36,11 @@ TEST_F(SetUp, AFailureEndsTheRunWithoutADocument)
 
 TEST_F(SetUp, HandsOverTheNameTheFoldersAndThePrinterMib)
 {
-    const EnvironmentGuard temp("TMPDIR", "/tmp/somewhere");
     application->initWith({});
     application->run();
-    EXPECT_EQ(arguments, (std::vector<std::string>{"SNMPDiscovery",
-                                                   "/tmp/somewhere/SNMPDiscoveryApp/snmp-persist/",
-                                                   "/opt/tool/mibs/", "Printer-MIB"}));
+    const std::string persistent = temporary.path().string() + "/SNMPDiscoveryApp/snmp-persist/";
+    EXPECT_EQ(arguments, (std::vector<std::string>{"SNMPDiscovery", persistent, "/opt/tool/mibs/",
+                                                   "Printer-MIB"}));
 }
 
 TEST_F(SetUp, IgnoresItsArguments)
@@ -59,50 +52,8 @@ TEST_F(SetUp, IgnoresItsArguments)
     EXPECT_EQ(network.calls(), (std::vector<std::string>{"list ip up", "initialize"}));
 }
 
-TEST_F(SetUp, KeepsNetSNMPFromReadingADefaultFolderThatIsYetToBeMade)
-{
-    const TemporaryDirectory temporary;
-    const EnvironmentGuard temp("TMPDIR", temporary.path().string());
-    const EnvironmentGuard search("SNMPCONFPATH", std::nullopt);
-    std::string told = "unset";
-    network.initialize = [&told](auto&&...) {
-        const char* const text = std::getenv("SNMPCONFPATH"); // NOLINT(concurrency-mt-unsafe)
-        told = text == nullptr ? "unset" : text;
-        return false;
-    };
-    application->initWith({});
-    application->run();
-    EXPECT_EQ(told, get_configuration_directory());
-}
-
-TEST_F(SetUp, KeepsNetSNMPFromWritingToAFolderThatSomebodyElseMadeMeanwhile)
-{
-    const TemporaryDirectory temporary;
-    const EnvironmentGuard temp("TMPDIR", temporary.path().string());
-    const EnvironmentGuard search("SNMPCONFPATH", std::nullopt);
-    const auto savesState = [] {
-        return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE) ==
-               0;
-    };
-    network.initialize = [&](auto&&...) {
-        const std::filesystem::path parent = temporary.path() / "SNMPDiscoveryApp";
-        std::filesystem::create_directories(parent / "snmp-persist");
-        std::filesystem::permissions(parent, std::filesystem::perms::all);
-        EXPECT_TRUE(savesState());
-        return true;
-    };
-    bool saves = true;
-    network.terminate = [&] { saves = savesState(); };
-    application->initWith({});
-    application->run();
-    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 0);
-    EXPECT_FALSE(saves) << "told before the library is torn down";
-}
-
 TEST_F(SetUp, HandsOverNoFolderIfOthersCanWriteToTheDefault)
 {
-    const TemporaryDirectory temporary;
-    const EnvironmentGuard temp("TMPDIR", temporary.path().string());
     const std::filesystem::path parent = temporary.path() / "SNMPDiscoveryApp";
     std::filesystem::create_directories(parent / "snmp-persist");
     std::filesystem::permissions(parent, std::filesystem::perms::all);

@@ -4,16 +4,11 @@
 
 #include "tests/support/Guards.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
-
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -24,7 +19,6 @@ namespace {
 using std::filesystem::path;
 using TestSupport::EnvironmentGuard;
 using TestSupport::TemporaryDirectory;
-using Standing = PersistentFolder::Standing;
 
 constexpr uid_t anotherUser = 65534; // "nobody" nearly everywhere
 
@@ -52,7 +46,6 @@ protected:
     path parent = temporary / "SNMPDiscoveryApp";
     path folder = parent / "snmp-persist";
     EnvironmentGuard m_temp{"TMPDIR", temporary.string()};
-    EnvironmentGuard m_search{"SNMPCONFPATH", std::nullopt};
 };
 
 struct Case
@@ -69,9 +62,7 @@ TEST_P(DefaultFolderAs, IsUsedOnlyIfNobodyElseCanHaveTouchedIt)
 {
     GetParam().prepare(parent, folder, elsewhere);
 
-    const PersistentFolder persistent("");
-
-    EXPECT_EQ(persistent.directory(), GetParam().isUsed ? folder.string() + "/" : "");
+    EXPECT_EQ(persistentFolder(""), GetParam().isUsed ? folder.string() + "/" : "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -151,107 +142,54 @@ protected:
 
 TEST_F(DefaultFolderOfAnotherUser, IsNotUsed)
 {
-    ASSERT_EQ(PersistentFolder("").directory(), folder.string() + "/");
+    ASSERT_EQ(persistentFolder(""), folder.string() + "/");
     ASSERT_EQ(chown(folder.c_str(), anotherUser, anotherUser), 0);
-    EXPECT_EQ(PersistentFolder("").directory(), "");
+    EXPECT_EQ(persistentFolder(""), "");
 }
 
 TEST_F(DefaultFolderOfAnotherUser, IsNotUsedIfOnlyTheParentIsTheirs)
 {
     ASSERT_EQ(chown(parent.c_str(), anotherUser, anotherUser), 0);
-    EXPECT_EQ(PersistentFolder("").directory(), "");
+    EXPECT_EQ(persistentFolder(""), "");
 }
 
-TEST_F(DefaultFolder, NothingIsCreated)
+TEST_F(DefaultFolder, OnlyTheParentIsCreatedClosedToOthers)
 {
-    const PersistentFolder persistent("");
-    persistent.keepUnread();
-    persistent.keepUnwritten();
-    EXPECT_EQ(PersistentFolder::standing(parent), Standing::absent);
+    persistentFolder("");
+    struct stat status;
+    ASSERT_EQ(lstat(parent.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFDIR | S_IRWXU));
+    EXPECT_NE(lstat(folder.c_str(), &status), 0) << "left to Net-SNMP";
 }
 
-TEST_F(DefaultFolder, APlaceThatCannotBeToldIsForeign)
+TEST_F(DefaultFolder, NothingIsCreatedThroughALink)
+{
+    create_symlink(elsewhere / "made", parent);
+    EXPECT_EQ(persistentFolder(""), "");
+    EXPECT_TRUE(is_empty(elsewhere));
+}
+
+TEST_F(DefaultFolder, IsNotUsedIfTheParentCannotBeMade)
 {
     makeFile(temporary / "file");
-    EXPECT_EQ(PersistentFolder::standing(temporary / "file" / "below"), Standing::foreign);
-    EXPECT_EQ(PersistentFolder::standing(temporary / std::string(300, 'x')), Standing::foreign);
+    for (const char* place : {"file", "absent"}) {
+        const EnvironmentGuard temp("TMPDIR", (temporary / place).string());
+        EXPECT_EQ(persistentFolder(""), "") << place;
+    }
+    EXPECT_FALSE(exists(temporary / "absent"));
 }
 
 TEST_F(DefaultFolder, AFolderThatTheUserNamesIsUsedAsGiven)
 {
     makeFolder(parent, 0777);
     create_symlink(elsewhere, folder);
-    const PersistentFolder persistent(folder.string());
-    EXPECT_EQ(persistent.directory(), folder.string() + "/");
-    persistent.keepUnread();
-    persistent.keepUnwritten();
-    EXPECT_EQ(std::getenv("SNMPCONFPATH"), nullptr); // NOLINT(concurrency-mt-unsafe)
-    EXPECT_EQ(netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE), 0);
+    EXPECT_EQ(persistentFolder(folder.string()), folder.string() + "/");
 }
 
-/// The places where Net-SNMP is to look for configuration, as far as the environment says.
-std::string searchPath()
+TEST_F(DefaultFolder, NothingIsCreatedForAFolderThatTheUserNames)
 {
-    const char* const text = std::getenv("SNMPCONFPATH"); // NOLINT(concurrency-mt-unsafe)
-    return text == nullptr ? "unset" : text;
-}
-
-TEST_F(DefaultFolder, OneThatIsYetToBeMadeIsNotRead)
-{
-    const PersistentFolder persistent("");
-    EXPECT_EQ(searchPath(), "unset");
-    persistent.keepUnread();
-    EXPECT_EQ(searchPath(), get_configuration_directory());
-    EXPECT_NE(searchPath(), "");
-}
-
-TEST_F(DefaultFolder, OneThatIsThereIsRead)
-{
-    makeFolder(parent, 0700);
-    makeFolder(folder, 0700);
-    PersistentFolder("").keepUnread();
-    EXPECT_EQ(searchPath(), "unset");
-}
-
-TEST_F(DefaultFolder, TheUsersOwnSearchPathStays)
-{
-    const EnvironmentGuard search("SNMPCONFPATH", elsewhere.string());
-    PersistentFolder("").keepUnread();
-    EXPECT_EQ(searchPath(), elsewhere.string());
-}
-
-bool savesState()
-{
-    return netsnmp_ds_get_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE) == 0;
-}
-
-TEST_F(DefaultFolder, NothingIsSavedIfSomebodyElseMadeItMeanwhile)
-{
-    const PersistentFolder persistent("");
-    makeFolder(parent, 0777);
-    makeFolder(folder, 0777);
-    ASSERT_TRUE(savesState());
-    persistent.keepUnwritten();
-    EXPECT_FALSE(savesState());
-    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 0);
-}
-
-TEST_F(DefaultFolder, StateIsSavedIfNetSNMPMadeIt)
-{
-    const PersistentFolder persistent("");
-    ASSERT_EQ(mkdirhier(folder.c_str(), NETSNMP_AGENT_DIRECTORY_MODE, 0), SNMPERR_SUCCESS);
-    EXPECT_EQ(PersistentFolder::standing(parent), Standing::own);
-    EXPECT_EQ(PersistentFolder::standing(folder), Standing::own);
-    persistent.keepUnwritten();
-    EXPECT_TRUE(savesState());
-}
-
-TEST_F(DefaultFolder, StateIsSavedElsewhereIfItWasForeignFromTheStart)
-{
-    makeFolder(parent, 0777);
-    const PersistentFolder persistent("");
-    persistent.keepUnwritten();
-    EXPECT_TRUE(savesState());
+    EXPECT_EQ(persistentFolder(folder.string()), folder.string() + "/");
+    EXPECT_FALSE(exists(parent));
 }
 
 } // namespace

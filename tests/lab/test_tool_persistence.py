@@ -2,15 +2,19 @@
 who is there first must not get the tool to read his configuration or to write where he
 wants."""
 
+import json
 import os
 import pathlib
 import shutil
 import subprocess
+import sys
 import tempfile
 
 import harness
-from harness import office
-from tool import ToolTest
+from harness import ALONE, office
+from tool import EXIT_CODE, ToolTest
+
+from snmplab import api
 
 LASER = {"name": "laser", "addresses": {"office": "192.0.2.9"}}
 
@@ -53,7 +57,7 @@ class PersistenceTest(ToolTest):
         name.chmod(mode)
         return name
 
-    def run_tool(self, *arguments):
+    def run_tool(self, *arguments, **settings):
         """Runs the tool as root; it finds the agent whatever lies in the folder."""
         tool = self.tool
         self.tool = "env"
@@ -62,6 +66,7 @@ class PersistenceTest(ToolTest):
             office(LASER),
             *("-u", "SNMPCONFPATH", f"TMPDIR={self.temporary}", str(tool)),
             *arguments,
+            **settings,
         )
         self.tool = tool
         self.assert_found(outcome, "192.0.2.9")
@@ -75,6 +80,10 @@ class PersistenceTest(ToolTest):
             self.folder,
             self.target,
         )
+
+    def plant_fifo(self):
+        """Who opens the other user's FIFO to read it waits for ever."""
+        as_other('mkdir -p "$1/cert_indexes"; mkfifo "$1/cert_indexes/0"', self.folder)
 
     def plant_link(self):
         """The other user's link lies where the tool's state is saved."""
@@ -100,10 +109,34 @@ class Foreign(PersistenceTest):
         self.run_tool()
         self.assertEqual(self.target.read_text("ascii"), "as it was\n")
 
+    def test_fifo_is_not_waited_for(self):
+        self.plant_fifo()
+        self.run_tool()
+
     def test_link_instead_of_the_folder_is_not_followed(self):
         as_other('ln -s "$2" "$1"', self.folder.parent, self.users)
         self.run_tool()
         self.assertEqual(list(self.users.iterdir()), [])
+
+    def test_link_to_a_folder_that_could_be_made_is_not_followed(self):
+        as_other('ln -s "$2" "$1"', self.folder.parent, self.users / "absent")
+        self.run_tool()
+        self.assertEqual(list(self.users.iterdir()), [])
+
+    def test_half_of_the_folder_is_not_completed(self):
+        as_other('mkdir "$1"', self.folder.parent)
+        self.run_tool()
+        self.assertEqual(list(self.folder.parent.iterdir()), [])
+
+    def test_half_of_the_folder_closed_to_others_is_not_completed(self):
+        as_other('mkdir -m 700 "$1"', self.folder.parent)
+        self.run_tool()
+        self.assertEqual(list(self.folder.parent.iterdir()), [])
+
+    def test_file_instead_of_the_folder_stays_as_it_is(self):
+        as_other('echo "as it was" > "$1"', self.folder.parent)
+        self.run_tool()
+        self.assertEqual(self.folder.parent.read_text("ascii"), "as it was\n")
 
     def test_folder_of_the_user_open_to_others_is_not_used(self):
         self.folder.mkdir(parents=True)
@@ -120,13 +153,41 @@ class Foreign(PersistenceTest):
         self.run_tool(f"--SNMPPersistPath={self.folder}")
         self.assertTrue(self.target.exists())
 
+    def test_the_fifo_does_stop_the_user_who_walks_into_it(self):
+        self.plant_fifo()
+        with self.assertRaises(subprocess.TimeoutExpired):
+            self.run_tool(f"--SNMPPersistPath={self.folder}", timeout=15)
+
+
+class Race(PersistenceTest):
+    """The other user waits until the tool has begun, and then puts a prepared tree into the
+    place of the folder: see slip_in.py."""
+
+    def test_nobody_slips_in(self):
+        script = pathlib.Path(__file__).with_name("slip_in.py")
+        command = [sys.executable, "-B", str(script), str(self.tool), str(self.tool.parent / "mibs")]
+        outcome = api.run_in_lab(ALONE, [*command, str(OTHER)], timeout=140)
+        self.assertEqual(outcome.code, 0, outcome.err)
+        tries = json.loads(outcome.out)
+        self.assertGreaterEqual(len(tries), 50)
+        for each in tries:
+            with self.subTest(trap=each["trap"], trigger=each["trigger"]):
+                self.assertTrue(each["ended"], each)
+                self.assertEqual((each["code"], each["out"]), (EXIT_CODE, "[]"), each)
+                self.assertFalse(each["touched"], each)
+                # A tree that came first is judged; one that came later found no place.
+                if each["slipped"]:
+                    self.assertNotIn("SNMPDiscoveryApp", each["err"], each)
+        # An early strike does find its place, so the others failed for the tool's sake.
+        self.assertTrue(any(each["slipped"] for each in tries if each["trigger"] == 0))
+
 
 class Own(PersistenceTest):
     def test_is_made_closed_to_others_and_keeps_the_state(self):
         outcome = self.run_tool()
         for made in (self.folder.parent, self.folder):
             self.assertEqual(made.stat().st_mode & 0o7777, 0o700)
-            self.assertIn(b"Created directory: " + bytes(made) + b"\n", outcome.err)
+        self.assertIn(b"Created directory: " + bytes(self.folder) + b"\n", outcome.err)
         self.assertEqual(self.boots(), 1)
         self.run_tool()
         self.assertEqual(self.boots(), 2)
