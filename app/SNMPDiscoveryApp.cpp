@@ -1,5 +1,8 @@
 #include "app/SNMPDiscoveryApp.h"
 
+#include <Poco/Exception.h>
+#include <Poco/File.h>
+#include <Poco/Path.h>
 #include <Poco/Util/HelpFormatter.h>
 #include <Poco/Util/Option.h>
 #include <Poco/Util/OptionCallback.h>
@@ -22,8 +25,20 @@ void SNMPDiscoveryApp::init(int argc, char** argv)
     }
 }
 
+void SNMPDiscoveryApp::refuseFolderAsConfiguration() const
+{
+    for (const char* const extension : {"properties", "ini", "json", "xml"}) {
+        Poco::Path path(config().getString("application.baseName"));
+        path.setExtension(extension);
+        if (findFile(path) && Poco::File(path).isDirectory()) {
+            throw Poco::OpenFileException("not a file", path.toString());
+        }
+    }
+}
+
 void SNMPDiscoveryApp::initialize(Application& self)
 {
+    refuseFolderAsConfiguration();
     loadConfiguration();
     Application::initialize(self);
 }

@@ -79,6 +79,13 @@ protected:
     bool m_helpRequested = false;       ///< the help was shown; there is nothing to run
     std::string m_community = "public"; ///< SNMP community of every probe
     std::set<std::string> m_responders; ///< dotted-quad text of every agent that answered
+
+private:
+    /// Throws `Poco::OpenFileException` if a folder has the name and place of a configuration file
+    /// (container programs make one for a file that they are to mount and do not find): POCO's
+    /// reader of `.properties` and `.ini` would never come to its end. The framework logs the
+    /// exception and ends the run with EXIT_CONFIG (78).
+    void refuseFolderAsConfiguration() const;
 };
 
 /// The probe of one subnet: sends one GET of sysUpTime.0 to the subnet's broadcast address and

@@ -50,6 +50,7 @@ public:
 
     /// Hands mibDir, less one trailing "/", to Net-SNMP and sets the environment variable "MIBS" to
     /// the non-empty names of mibs joined by ":"; without any such name it stays as inherited.
+    /// Net-SNMP takes ":" in mibDir for a separator, so such a directory is also added in one piece.
     /// Initialize calls this before init_snmp, which reads both. Always true.
     static bool InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs);
 

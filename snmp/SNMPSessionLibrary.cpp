@@ -44,6 +44,12 @@ bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<st
     netsnmp_set_mib_directory(directory.c_str());
 
     static const std::string separator = ":";
+    if (directory.find(separator) != std::string::npos) {
+        // Net-SNMP takes that text for several directories. Here it learns of the modules in the
+        // one directory, before init_snmp looks for them in the pieces.
+        netsnmp_init_mib_internals();
+        add_mibdir(directory.c_str());
+    }
     std::string joined;
     for (const std::string& mib : mibs) {
         if (mib.empty()) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 using Poco::Util::Application;
@@ -57,6 +58,22 @@ TEST(Configuration, AFileBesideTheExecutableIsLoaded)
     application->initialize(*application);
     EXPECT_EQ(application->config().getString("Community"), "fromfile");
     application->uninitialize();
+}
+
+TEST(Configuration, AFolderWithTheNameOfAFileEndsTheRunWith78)
+{
+    for (const char* const extension : {"properties", "ini", "json", "xml"}) {
+        SCOPED_TRACE(extension);
+        const TemporaryDirectory folder;
+        const std::string name = folder.path().string() + "/SNMPDiscovery." + extension;
+        std::filesystem::create_directory(name);
+        Poco::AutoPtr<TestApp> application(new TestApp);
+        application->initWith({}, folder.path().string() + "/SNMPDiscovery");
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(application->run(), 78);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "Cannot open file: not a file: " + name + "\n");
+    }
 }
 
 TEST(Configuration, TheCommandLineWinsOverAFile)

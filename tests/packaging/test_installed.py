@@ -20,6 +20,7 @@ class Installed(shipping.LabTest):
         self.folder = pathlib.Path(holder.name)
         self.prefix = self.folder / "a prefix"
         shipping.install(self.prefix, "runtime")
+        self.launcher = self.prefix / "bin/SNMPDiscovery"
 
     def test_the_tree_is_what_a_system_expects(self):
         private = "libexec/SNMPDiscovery"
@@ -45,6 +46,37 @@ class Installed(shipping.LabTest):
         path = f"{moved / 'bin'}:{os.environ['PATH']}"
         self.assert_discovers_demo("env", f"PATH={path}", "SNMPDiscovery")
 
+    def test_a_colon_in_the_path_does_not_lose_the_modules(self):
+        moved = self.folder / "one:two"
+        shutil.move(self.prefix, moved)
+        self.assert_discovers_demo(moved / "bin/SNMPDiscovery")
+
+    def test_a_folder_in_place_of_the_settings_ends_the_run_at_once(self):
+        private = self.prefix / "libexec/SNMPDiscovery"
+        for extension in ("properties", "ini"):
+            with self.subTest(extension):
+                wrong = private / f"SNMPDiscovery.{extension}"
+                wrong.mkdir()
+                outcome = self.in_lab("demo", "timeout", "5", self.launcher, code=78)
+                self.assertEqual(outcome.out, b"")
+                self.assertIn(f"not a file: {wrong}".encode(), outcome.err)
+                wrong.rmdir()
+
+    IN_A_DELETED_FOLDER = 'mkdir "$TMPDIR/gone"; cd "$TMPDIR/gone"; rmdir "$TMPDIR/gone"; exec "$@"'
+
+    def test_a_current_folder_that_was_deleted_does_no_harm(self):
+        command = ("sh", "-c", self.IN_A_DELETED_FOLDER, "sh", self.launcher)
+        for persistent in ((), (f"--SNMPPersistPath={self.folder}/persistent",)):
+            self.assert_discovers_demo(*command, *persistent)
+
+    def test_nothing_is_relative_to_a_current_folder_that_was_deleted(self):
+        command = ("sh", "-c", self.IN_A_DELETED_FOLDER, "sh", self.launcher)
+        for words in (("--SNMPPersistPath=here",), ("--snmp", f"{self.folder}/here")):
+            with self.subTest(words):
+                outcome = self.in_lab("demo", *command, *words, code=78)
+                self.assertEqual(outcome.out, b"")
+                self.assertIn(b"the current folder was deleted", outcome.err)
+
     def test_links_to_the_launcher_are_followed(self):
         (self.folder / "first").symlink_to("a prefix/bin/SNMPDiscovery")
         (self.folder / "second").symlink_to(self.folder / "first")
@@ -59,7 +91,7 @@ class Installed(shipping.LabTest):
         self.assertFalse(shipping.asks_for_up_time(outcome))
 
     def test_the_launcher_hands_on_every_argument_and_the_exit_code(self):
-        launcher = self.prefix / "bin/SNMPDiscovery"
+        launcher = self.launcher
         outcome = self.in_lab("demo", launcher, "-c", "secret", code=64)
         self.assertEqual(outcome.out, b'[{"hostname":"198.51.100.21"}]')
         said = run("sh", launcher.name, "--help", code=64, cwd=launcher.parent)

@@ -41,6 +41,17 @@ void netsnmp_set_mib_directory(const char* directory)
                                           Environment());
 }
 
+void netsnmp_init_mib_internals()
+{
+    FakeNetSNMP::Current(__func__).Record("netsnmp_init_mib_internals()" + Environment());
+}
+
+int add_mibdir(const char* directory)
+{
+    FakeNetSNMP::Current(__func__).Record("add_mibdir(" + Text(directory) + ")" + Environment());
+    return 0;
+}
+
 void init_snmp(const char* type)
 {
     FakeNetSNMP::Current(__func__).Record("init_snmp(" + Text(type) + ")" + Environment() +

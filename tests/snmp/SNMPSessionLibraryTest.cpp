@@ -115,6 +115,18 @@ TEST_F(SNMPSessionLibrary, ThePersistentDirectoryIsTakenAsItIs)
     EXPECT_EQ(m_fake.TakeCalls().front(), "set_persistent_directory(\"/persistent/\") MIBS=null");
 }
 
+TEST_F(SNMPSessionLibrary, AMIBDirectoryWithAColonIsHandedOverInOnePieceToo)
+{
+    EXPECT_TRUE(SNMPSession::InitializeMIBS("/a:b/mibs/", Names{"Printer-MIB"}));
+
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("netsnmp_get_mib_directory() MIBS=null",
+                            "netsnmp_set_mib_directory(\"/a:b/mibs\") MIBS=null",
+                            "netsnmp_init_mib_internals() MIBS=null",
+                            "add_mibdir(\"/a:b/mibs\") MIBS=null"));
+    EXPECT_EQ(Environment("MIBS"), "Printer-MIB");
+}
+
 TEST_F(SNMPSessionLibrary, TheMIBDirectoryLosesOneTrailingSeparator)
 {
     struct Case
