@@ -67,14 +67,23 @@ inline std::size_t beforeQuoteOrBackslash(std::string_view text) noexcept
     return count;
 }
 
-/// Copies as many bytes as are looked at together. Returns how many of them come before the first
-/// that JSON wants escaped: below 32, a quotation mark or a backslash.
-inline std::size_t copyUpToEscape(char* out, const char* bytes) noexcept
+/// How many bytes of `text` come before the first that JSON wants escaped: below 32, a quotation
+/// mark or a backslash; all if it has none.
+inline std::size_t beforeEscape(std::string_view text) noexcept
 {
-    const std::uint64_t word = load(bytes);
-    const std::uint64_t found = below(word, 32) | equalTo(word, '"') | equalTo(word, '\\');
-    std::memcpy(out, bytes, width);
-    return found == 0 ? width : first(found);
+    std::size_t count = 0;
+    for (; text.size() - count >= width; count += width) {
+        const std::uint64_t word = load(text.data() + count);
+        const std::uint64_t found = below(word, 32) | equalTo(word, '"') | equalTo(word, '\\');
+        if (found != 0) {
+            return count + first(found);
+        }
+    }
+    while (count < text.size() && text[count] != '"' && text[count] != '\\' &&
+           static_cast<unsigned char>(text[count]) >= 32) {
+        ++count;
+    }
+    return count;
 }
 
 } // namespace PlainBytes

@@ -2,7 +2,6 @@
 #include "value/FetchAhead.h"
 #include "value/NumberText.h"
 #include "value/PlainBytes.h"
-#include "value/TextBuffer.h"
 #include "value/Value.h"
 
 #include <array>
@@ -18,7 +17,7 @@ struct InspectionStyle
     static constexpr std::string_view nil = "nil";
     static constexpr std::string_view separator = ", ";
     static constexpr std::string_view arrow = " => ";
-    static void appendString(TextBuffer& text, std::string_view bytes) { text.append(bytes); }
+    static void appendString(std::string& text, std::string_view bytes) { text += bytes; }
 };
 
 struct JSONStyle
@@ -26,7 +25,7 @@ struct JSONStyle
     static constexpr std::string_view nil = "null";
     static constexpr char separator = ',';
     static constexpr char arrow = ':';
-    static void appendString(TextBuffer& text, std::string_view bytes);
+    static void appendString(std::string& text, std::string_view bytes);
 };
 
 /// For each byte what follows the backslash in its escape: 'u' stands for the four digits too, 0
@@ -46,69 +45,47 @@ constexpr auto escapes = [] {
     return table;
 }();
 
-/// Writes the escape of `c`.
-char* writeEscape(char* out, char c, char escape) noexcept
+void JSONStyle::appendString(std::string& text, std::string_view bytes)
 {
-    *out++ = '\\';
-    *out++ = escape;
-    if (escape == 'u') { // below 32: the first two of the four digits are zero
-        *out++ = '0';
-        *out++ = '0';
-        *out++ = c < 16 ? '0' : '1';
-        *out++ = "0123456789abcdef"[c % 16];
-    }
-    return out;
-}
-
-void JSONStyle::appendString(TextBuffer& text, std::string_view bytes)
-{
-    constexpr std::size_t longestEscape = 6;
-    char* out = text.room(bytes.size() + 2);
-    *out++ = '"';
-    const char* next = bytes.data();
-    const char* const end = next + bytes.size();
-    const auto left = [&] { return static_cast<std::size_t>(end - next); };
-    while (next != end) {
-        if (left() >= PlainBytes::width) {
-            // All are copied; those from an escape on are written over.
-            const std::size_t plain = PlainBytes::copyUpToEscape(out, next);
-            out += plain;
-            next += plain;
-            if (plain == PlainBytes::width) {
-                continue;
-            }
+    text += '"';
+    for (;;) {
+        const std::size_t plain = PlainBytes::beforeEscape(bytes);
+        text.append(bytes.data(), plain);
+        if (plain == bytes.size()) {
+            break;
         }
-        const char c = *next++;
-        if (const char escape = escapes[static_cast<unsigned char>(c)]) {
-            text.advance(out);
-            out = writeEscape(text.room(longestEscape + left() + 1), c, escape);
-        } else {
-            *out++ = c;
+        const auto byte = static_cast<unsigned char>(bytes[plain]);
+        text += '\\';
+        text += escapes[byte];
+        if (escapes[byte] == 'u') { // below 32: the first two of the four digits are zero
+            text += byte < 16 ? "000" : "001";
+            text += "0123456789abcdef"[byte % 16];
         }
+        bytes.remove_prefix(plain + 1);
     }
-    *out++ = '"';
-    text.advance(out);
+    text += '"';
 }
 
 template <typename Number>
-void appendNumber(TextBuffer& text, Number number)
+void appendNumber(std::string& text, Number number)
 {
-    text.advance(NumberText::write(text.room(NumberText::longest), number));
+    std::array<char, NumberText::longest> digits; // NOLINT(*-member-init): written before it is read
+    text.append(digits.data(), NumberText::write(digits.data(), number));
 }
 
 /// Appends a value without children.
 template <typename Style>
-void appendLeaf(TextBuffer& text, const Value& value, Value::Kind kind)
+void appendLeaf(std::string& text, const Value& value, Value::Kind kind)
 {
     switch (kind) {
     case Value::Kind::String:
         Style::appendString(text, value.holder().get<std::string>());
         break;
     case Value::Kind::Nil:
-        text.append(Style::nil);
+        text += Style::nil;
         break;
     case Value::Kind::Boolean:
-        text.append(std::string_view(value.to_b() ? "true" : "false"));
+        text += value.to_b() ? "true" : "false";
         break;
     case Value::Kind::Integer:
         appendNumber(text, static_cast<long long>(value.holder().get<int>()));
@@ -127,16 +104,16 @@ void appendLeaf(TextBuffer& text, const Value& value, Value::Kind kind)
 template <typename Style>
 std::string write(const Value& root)
 {
-    TextBuffer text;
+    std::string text;
     std::vector<ChildCursor> open; // the containers around `value`, each at its next child
     for (const Value* value = &root;;) {
         const Value::Kind kind = value->kind();
         bool first = true;
         if (kind == Value::Kind::Array) {
-            text.append('[');
+            text += '[';
             open.emplace_back(value->holder().get<Value::Array>());
         } else if (kind == Value::Kind::Hash) {
-            text.append('{');
+            text += '{';
             const auto& hash = value->holder().get<Value::Hash>();
             fetchAhead(hash);
             open.emplace_back(hash);
@@ -145,20 +122,20 @@ std::string write(const Value& root)
             first = false;
         }
         while (!open.empty() && open.back().atEnd()) {
-            text.append(open.back().inHash() ? '}' : ']');
+            text += open.back().inHash() ? '}' : ']';
             open.pop_back();
             first = false;
         }
         if (open.empty()) {
-            return text.text();
+            return text;
         }
         ChildCursor& next = open.back();
         if (!first) {
-            text.append(Style::separator);
+            text += Style::separator;
         }
         if (next.inHash()) {
             Style::appendString(text, next.key());
-            text.append(Style::arrow);
+            text += Style::arrow;
         }
         value = &next.value();
         next.advance();

@@ -1,8 +1,15 @@
 #include "tests/support/CountedNew.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
+
+#ifdef __APPLE__
+#include <malloc/malloc.h>
+#else
+#include <malloc.h>
+#endif
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -14,6 +21,8 @@ namespace {
 
 thread_local long allocationsLeft = -1; ///< negative for all
 thread_local Allocations allocations{0, 0, 0};
+thread_local long unfreedOctets = 0;
+thread_local long peak = 0;
 thread_local void (*atNextDelete)() = nullptr;
 
 } // namespace
@@ -21,6 +30,16 @@ thread_local void (*atNextDelete)() = nullptr;
 #ifndef CANNOT_REPLACE_NEW
 
 namespace {
+
+/// The octets that malloc() gave, which are seldom more than it was asked for.
+long sizeOf(void* memory) noexcept
+{
+#ifdef __APPLE__
+    return static_cast<long>(malloc_size(memory));
+#else
+    return static_cast<long>(malloc_usable_size(memory));
+#endif
+}
 
 void* allocate(std::size_t size)
 {
@@ -38,6 +57,8 @@ void* allocate(std::size_t size)
     ++allocations.count;
     ++allocations.unfreed;
     allocations.bytes += size;
+    unfreedOctets += sizeOf(memory);
+    peak = std::max(peak, unfreedOctets);
     return memory;
 }
 
@@ -45,6 +66,7 @@ void release(void* memory) noexcept
 {
     if (memory) {
         --allocations.unfreed;
+        unfreedOctets -= sizeOf(memory);
     }
     if (memory && atNextDelete) {
         std::exchange(atNextDelete, nullptr)();
@@ -94,6 +116,16 @@ bool Allocations::supported() noexcept
 Allocations Allocations::current() noexcept
 {
     return allocations;
+}
+
+long Allocations::unfreedBytes() noexcept
+{
+    return unfreedOctets;
+}
+
+long Allocations::takePeak() noexcept
+{
+    return std::exchange(peak, unfreedOctets);
 }
 
 AllocationLimit::AllocationLimit(long count) noexcept

@@ -16,6 +16,11 @@ struct Allocations
 
     static Allocations current() noexcept;
 
+    /// The octets that are not yet freed. What another thread frees is counted there.
+    static long unfreedBytes() noexcept;
+    /// The most that unfreedBytes() was since the call before; starts over from what it is now.
+    static long takePeak() noexcept;
+
     /// False beside ThreadSanitizer's runtime for Clang, whose operator new cannot be replaced.
     /// Then nothing is counted and nothing fails, and a test that needs it has to skip itself.
     static bool supported() noexcept;

@@ -18,42 +18,38 @@ bool isEscaped(char c)
     return byte < 32 || c == '"' || c == '\\';
 }
 
-TEST(PlainBytesTest, FindTheFirstQuoteOrBackslashWhereverItIs)
+/// `isFound` tells of one byte what `scan` looks for in a text: every byte is tried at every place.
+template <typename Scan, typename IsFound>
+void expectFirst(Scan scan, IsFound isFound)
 {
     for (const char filler : fillers) {
         for (std::size_t length = 0; length <= 25; ++length) {
-            EXPECT_EQ(PlainBytes::beforeQuoteOrBackslash(std::string(length, filler)), length);
+            const std::string plain(length, isFound(filler) ? 'a' : filler);
+            EXPECT_EQ(scan(plain), length);
             for (std::size_t position = 0; position < length; ++position) {
-                for (const char found : {'"', '\\'}) {
-                    std::string text(length, filler);
-                    text[position] = found;
+                for (int byte = 0; byte < 256; ++byte) {
+                    std::string text = plain;
+                    text[position] = static_cast<char>(byte);
+                    const bool found = isFound(text[position]);
                     text.back() = '"';
-                    EXPECT_EQ(PlainBytes::beforeQuoteOrBackslash(text), position)
-                        << "length " << length << ", byte " << +filler;
+                    const std::size_t expected = found || position == length - 1 ? position : length - 1;
+                    ASSERT_EQ(scan(text), expected)
+                        << "length " << length << ", byte " << byte << " among " << +filler;
                 }
             }
         }
     }
 }
 
-TEST(PlainBytesTest, CopyUpToTheFirstByteThatIsEscaped)
+TEST(PlainBytesTest, FindTheFirstQuoteOrBackslashWhereverItIs)
 {
-    for (const char filler : fillers) {
-        for (std::size_t position = 0; position < PlainBytes::width; ++position) {
-            for (int byte = 0; byte < 256; ++byte) {
-                std::string bytes(PlainBytes::width, filler);
-                bytes[position] = static_cast<char>(byte);
-                std::size_t expected = 0;
-                while (expected < bytes.size() && !isEscaped(bytes[expected])) {
-                    ++expected;
-                }
-                std::string copy(PlainBytes::width, '?');
-                EXPECT_EQ(PlainBytes::copyUpToEscape(copy.data(), bytes.data()), expected)
-                    << "byte " << byte << " at " << position << " among " << +filler;
-                EXPECT_EQ(copy, bytes);
-            }
-        }
-    }
+    expectFirst(PlainBytes::beforeQuoteOrBackslash,
+                [](char c) { return c == '"' || c == '\\'; });
+}
+
+TEST(PlainBytesTest, FindTheFirstByteThatIsEscapedWhereverItIs)
+{
+    expectFirst(PlainBytes::beforeEscape, isEscaped);
 }
 
 } // namespace
