@@ -54,8 +54,9 @@ public:
     Any() noexcept = default;
 
     /// Holds `object`, copied or moved as it is given. Arrays and functions are held as pointers.
+    /// Converts implicitly, as std::any does.
     template <typename T, typename = std::enable_if_t<!std::is_base_of_v<Any, std::decay_t<T>>>>
-    explicit Any(T&& object)
+    Any(T&& object)
         : m_content(std::make_unique<Holder<std::decay_t<T>>>(std::forward<T>(object)))
     {}
 

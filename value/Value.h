@@ -54,8 +54,13 @@ public:
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
-    /// empty, its conversions zero, an empty container, and false but by the Ruby rules.
-    explicit Value(Dynamic::Any holder) noexcept : m_holder(std::move(holder)) {}
+    /// empty, its conversions zero, an empty container, and false but by the Ruby rules. A template,
+    /// so that only holders are taken: every type converts to one.
+    template <typename Holder,
+              std::enable_if_t<std::is_same_v<std::decay_t<Holder>, Dynamic::Any>, int> = 0>
+    explicit Value(Holder&& holder) noexcept(std::is_nothrow_constructible_v<Dynamic::Any, Holder>)
+        : m_holder(std::forward<Holder>(holder))
+    {}
 
     /// The content, to be read or changed in place: `value.holder().get<Value::Array>()`.
     const Dynamic::Any& holder() const noexcept { return m_holder; }
@@ -119,3 +124,7 @@ public:
 private:
     Dynamic::Any m_holder;
 };
+
+// Declared here too, so that they are found by their qualified names and have addresses.
+std::ostream& operator<<(std::ostream& os, const Value& v);
+std::istream& operator>>(std::istream& in, Value& v);

@@ -21,7 +21,8 @@ static_assert(std::is_nothrow_default_constructible_v<Any>);
 static_assert(std::is_nothrow_move_constructible_v<Any>);
 static_assert(std::is_nothrow_move_assignable_v<Any>);
 static_assert(std::is_nothrow_destructible_v<Any>);
-static_assert(!std::is_convertible_v<int, Any>, "no value becomes a holder in silence");
+static_assert(std::is_convertible_v<int, Any> && std::is_convertible_v<std::string, Any>);
+static_assert(std::is_convertible_v<Any&, Any> && std::is_convertible_v<const Any&, Any>);
 
 template <typename T>
 T sample();
@@ -198,6 +199,19 @@ TEST(AnyTest, ACopyOfAnEmptyHolderIsEmpty)
     Any assigned(1);
     assigned = empty;
     EXPECT_TRUE(assigned.empty());
+}
+
+TEST(AnyTest, AValueConvertsToAHolderAsToStdAny)
+{
+    Any any = 5;
+    EXPECT_EQ(AnyCast<int>(any), 5);
+    any = std::string("text");
+    EXPECT_EQ(AnyCast<std::string>(any), "text");
+    any = Value(2);
+    EXPECT_EQ(AnyCast<Value>(any).to_i(), 2);
+    const auto typeOf = [](const Any& given) -> const std::type_info& { return given.type(); };
+    EXPECT_TRUE(typeOf(2.5) == typeid(double));
+    EXPECT_TRUE(typeOf(any) == typeid(Value)) << "a holder is no content of another";
 }
 
 TEST(AnyTest, ANullPointerIsContent)

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <type_traits>
 #include <utility>
 
@@ -45,6 +46,20 @@ TEST(InterfaceTest, ResultsHaveTheirTypes)
         std::is_same_v<decltype(std::declval<JSONParser&>().getDigits(false, nullptr)), long long>);
 }
 
+TEST(InterfaceTest, StreamOperatorsAreFreeFunctions)
+{
+    std::ostream& (*const insert)(std::ostream&, const Value&) = &operator<<;
+    std::istream& (*const extract)(std::istream&, Value&) = &operator>>;
+    std::stringstream stream;
+    ::operator<<(stream, Value(1)) << ' ';
+    insert(stream, Value("a"));
+    Value word;
+    ::operator>>(stream, word);
+    EXPECT_EQ(word.to_s(), "1");
+    extract(stream, word);
+    EXPECT_EQ(word.to_s(), "a");
+}
+
 TEST(InterfaceTest, CopiesAreReturnedAndNoReferences)
 {
     const Value::Hash hash;
@@ -53,6 +68,29 @@ TEST(InterfaceTest, CopiesAreReturnedAndNoReferences)
     static_assert(std::is_same_v<decltype(Value::extract(hash, value)), Value>);
     static_assert(
         std::is_same_v<decltype(AnyCast<std::string>(std::declval<const Any&>())), std::string>);
+}
+
+struct NoValue
+{};
+enum class Scoped
+{
+    One
+};
+
+/// Every type converts to a holder. A value is made of holders all the same, not of what they take.
+TEST(InterfaceTest, OnlyHoldersAndTheKindsMakeAValue)
+{
+    static_assert(std::is_constructible_v<Value, Any>);
+    static_assert(std::is_constructible_v<Value, Any&>);
+    static_assert(std::is_constructible_v<Value, const Any&>);
+    static_assert(std::is_nothrow_constructible_v<Value, Any>);
+    static_assert(!std::is_convertible_v<Any, Value>);
+    static_assert(!std::is_constructible_v<Value, NoValue>);
+    static_assert(!std::is_constructible_v<Value, std::vector<int>>);
+    static_assert(!std::is_constructible_v<Value, Scoped>);
+    static_assert(!std::is_constructible_v<Value, int*>);
+    static_assert(!std::is_assignable_v<Value&, NoValue>);
+    static_assert(!std::is_assignable_v<Value&, Any>);
 }
 
 /// The number of the entry in the virtual table, counted from 0 and with two for the destructor.
