@@ -183,6 +183,15 @@ class Consumers(shipping.LabTest):
             said = self.configure(source.name, self.folder / source.name, code=1)
             self.assertIn(reason, said)
 
+    def test_a_kind_that_is_not_installed_is_named(self):
+        prefix = self.folder / "static alone"
+        shipping.install(prefix, "development")
+        options = (f"-DCMAKE_PREFIX_PATH={prefix}", "-DSNMPDiscovery_SHARED_LIBS=ON")
+        said = self.configure("document", self.folder / "no-shared", *options, code=1)
+        said = " ".join(said.split())
+        self.assertIn("The value library is not installed shared", said)
+        self.assertIn("SNMPDiscovery_SHARED_LIBS=ON", said)
+
     def test_the_tool_of_a_shared_build_finds_its_libraries(self):
         self.assert_discovers_demo(self.prefix / "bin/SNMPDiscovery")
 
