@@ -1,8 +1,5 @@
 #pragma once
 
-#include "value/HolderMemory.h"
-#include "value/HolderTraits.h"
-
 #include <memory>
 #include <type_traits>
 #include <typeinfo>
@@ -10,6 +7,17 @@
 
 /// One object of a type that is chosen at run time.
 namespace Dynamic {
+
+/// How a holder copies an object of type `T` and takes it apart. A type that nests in itself to any
+/// depth specialises this, so that neither step needs a stack as deep as the object.
+template <typename T>
+struct HolderTraits
+{
+    /// A copy of `held`.
+    static T copy(const T& held) { return held; }
+    /// Called right before `held` is destroyed; may leave it in any state that can be destroyed.
+    static void dismantle(T& held) noexcept { static_cast<void>(held); }
+};
 
 /// Owns at most one object of any copyable type. A plain value: a copy is independent of its
 /// source, and no thread may use a holder while another changes it.
@@ -33,14 +41,12 @@ public:
 
     /// The owned object with its type.
     template <typename T>
-    class Holder final : public Placeholder, public HolderMemoryFor<T>
+    class Holder final : public Placeholder
     {
     public:
         explicit Holder(const T& object) : held(object) {}
         explicit Holder(T&& object) : held(std::move(object)) {}
-        Holder(const Holder& other)
-            : Placeholder(), HolderMemoryFor<T>(), held(HolderTraits<T>::copy(other.held))
-        {}
+        Holder(const Holder& other) : Placeholder(), held(HolderTraits<T>::copy(other.held)) {}
         Holder& operator=(const Holder&) = delete;
         ~Holder() override { HolderTraits<T>::dismantle(held); }
 
@@ -73,26 +79,10 @@ public:
 
     bool empty() const noexcept { return !m_content; }
 
-    /// Asks the processor for the content, which is needed soon. A hint, and nothing when empty.
-    void prefetch() const noexcept { __builtin_prefetch(m_content.get()); }
-
     /// The type of the held object; `typeid(void)` when empty.
     const std::type_info& type() const noexcept
     {
         return empty() ? typeid(void) : m_content->type();
-    }
-
-    /// Whether the content is a Holder<T>, as far as can be told by addresses alone. A no is
-    /// certain only if type() differs too: shared libraries can each have a description of the same
-    /// type.
-    template <typename T>
-    bool isHolder() const noexcept
-    {
-        if (empty()) {
-            return false;
-        }
-        const Placeholder& content = *m_content;
-        return &typeid(content) == &typeid(Holder<T>);
     }
 
     /// The held object itself, valid until this holder is changed or destroyed. Throws
@@ -113,6 +103,19 @@ public:
     }
 
 private:
+    /// Whether the content is a Holder<T>, as far as addresses alone show. A no is
+    /// certain only if type() differs too: shared libraries can each have a description of the same
+    /// type.
+    template <typename T>
+    bool isHolder() const noexcept
+    {
+        if (empty()) {
+            return false;
+        }
+        const Placeholder& content = *m_content;
+        return &typeid(content) == &typeid(Holder<T>);
+    }
+
     std::unique_ptr<Placeholder> m_content;
 };
 

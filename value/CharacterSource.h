@@ -1,79 +1,112 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <istream>
 #include <limits>
 #include <streambuf>
 #include <string_view>
 
-/// The characters of an input stream, most of them straight from the stream's buffer. Whenever the
-/// buffer has nothing at hand, or the stream is not good, the stream's own peek() and get() do the
-/// work. So the stream's state, its exceptions and its position are at all times those that reading
-/// through peek() and get() alone would leave; gcount() is not.
+/// The characters of an input stream, most of them straight from its buffer. This copies the
+/// pointers of the buffer's get area and advances the copy. When the copy is used up, the stream's
+/// own peek() and get() do the work. After each Lease, and whenever the stream itself is called,
+/// its state, its exceptions and its position are those that reading through peek() and get() alone
+/// would leave; gcount() is not.
 ///
 /// The stream, its buffer and its exception mask of all three bits must stay while this exists.
 class CharacterSource
 {
 public:
-    explicit CharacterSource(std::istream& in) noexcept
-        : m_in(in), m_state(in), m_buffer(in.rdbuf())
-    {}
+    explicit CharacterSource(std::istream& in) noexcept : m_in(in) {}
 
     std::istream& stream() noexcept { return m_in; }
 
+    /// Characters can be read while one of these exists. The outermost takes the position over from
+    /// the stream and hands it back at its end, also when an exception ends it.
+    class Lease
+    {
+    public:
+        explicit Lease(CharacterSource& source) noexcept : m_source(source.m_leased ? nullptr : &source)
+        {
+            if (m_source) {
+                m_source->m_leased = true;
+                m_source->takePosition();
+            }
+        }
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        ~Lease()
+        {
+            if (m_source) {
+                m_source->handPositionBack();
+                m_source->m_leased = false;
+            }
+        }
+
+    private:
+        CharacterSource* m_source; ///< null in an inner one
+    };
+
     /// The next character, left unread. Throws std::ios_base::failure when there is none, and
     /// passes on what the buffer throws; so do the next two.
-    char peek()
-    {
-        const std::string_view ready = buffered();
-        return ready.empty() ? static_cast<char>(m_in.peek()) : ready.front();
-    }
+    char peek() { return m_next != m_end ? *m_next : fromStream(&std::istream::peek); }
 
     /// The next character, consumed.
-    char get()
-    {
-        const std::string_view ready = buffered();
-        if (ready.empty()) {
-            return static_cast<char>(m_in.get());
-        }
-        const char c = ready.front();
-        skip(1);
-        return c;
-    }
+    char get() { return m_next != m_end ? *m_next++ : fromStream(&std::istream::get); }
 
     /// Consumes the character that was peeked.
     void skip() { static_cast<void>(get()); }
 
-    /// The characters at hand, up to as many as skip(count) can take; none if the stream is not
-    /// good. Valid until the next call of another function.
-    std::string_view buffered() const noexcept
+    /// The characters that can be read without the stream; may be none before the stream's end.
+    /// Valid until the next call of another function.
+    std::string_view atHand() const noexcept
     {
-        return m_state.good() ? GetArea::of(*m_buffer) : std::string_view();
+        return {m_next, static_cast<std::size_t>(m_end - m_next)};
     }
 
     /// Consumes the first `count` of the characters at hand.
-    void skip(std::size_t count) noexcept { GetArea::consume(*m_buffer, static_cast<int>(count)); }
+    void skip(std::size_t count) noexcept { m_next += count; }
 
 private:
     /// The get area of any buffer. Its functions are protected; a class derived from the buffer's
     /// may name them as members of itself, and apply them to any buffer.
-    class GetArea : public std::streambuf
+    struct GetArea : std::streambuf
     {
-    public:
-        static std::string_view of(const std::streambuf& buffer) noexcept
-        {
-            constexpr std::ptrdiff_t longest = std::numeric_limits<int>::max(); // for gbump()
-            const char* const next = (buffer.*&GetArea::gptr)();
-            const char* const end = (buffer.*&GetArea::egptr)();
-            return {next, static_cast<std::size_t>(std::min(end - next, longest))};
-        }
-        static void consume(std::streambuf& buffer, int count) noexcept
-        {
-            (buffer.*&GetArea::gbump)(count);
-        }
+        static constexpr auto next = &GetArea::gptr;
+        static constexpr auto end = &GetArea::egptr;
+        static constexpr auto advance = &GetArea::gbump;
     };
 
+    /// None if the stream is not good: its own functions then say what is wrong.
+    void takePosition() noexcept
+    {
+        if (m_in.good()) {
+            constexpr std::ptrdiff_t longest = std::numeric_limits<int>::max(); // for gbump()
+            const std::streambuf& buffer = *m_in.rdbuf();
+            m_begin = m_next = (buffer.*GetArea::next)();
+            m_end = m_next + std::min((buffer.*GetArea::end)() - m_next, longest);
+        }
+    }
+
+    void handPositionBack() noexcept
+    {
+        if (m_next != m_begin) {
+            (m_in.rdbuf()->*GetArea::advance)(static_cast<int>(m_next - m_begin));
+        }
+        m_begin = m_next = m_end = nullptr;
+    }
+
+    char fromStream(std::istream::int_type (std::istream::*read)())
+    {
+        handPositionBack();
+        const auto c = static_cast<char>((m_in.*read)());
+        takePosition();
+        return c;
+    }
+
     std::istream& m_in;
-    const std::ios& m_state; ///< m_in, past the look-up of its virtual base
-    std::streambuf* m_buffer;
+    bool m_leased = false;
+    const char* m_begin = nullptr; ///< where the buffer's own position is
+    const char* m_next = nullptr;
+    const char* m_end = nullptr;
 };

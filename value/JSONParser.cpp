@@ -1,6 +1,7 @@
 #include "value/JSONParser.h"
 
-#include <algorithm>
+// Every function of the interface leases the characters, and calls others of the interface or
+// private ones.
 
 JSONParser::JSONParser(std::istream& in) : m_source(in), m_savedMask(in.exceptions())
 {
@@ -29,6 +30,7 @@ Value JSONParser::getToken() noexcept
 
 Value JSONParser::getValue()
 {
+    const CharacterSource::Lease lease(m_source);
     const char c = peekPastBlanks();
     return c == '[' || c == '{' ? getContainer() : getScalar(c);
 }
@@ -51,14 +53,15 @@ Value JSONParser::getScalar(char first)
 
 void JSONParser::skipWhitespace()
 {
+    const CharacterSource::Lease lease(m_source);
+    skipBlanks();
+}
+
+void JSONParser::skipBlanks()
+{
+    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
     try {
-        for (;;) {
-            const std::string_view ready = m_source.buffered();
-            const auto end = std::find_if_not(ready.begin(), ready.end(), isWhitespace);
-            m_source.skip(static_cast<std::size_t>(end - ready.begin()));
-            if (!isWhitespace(m_source.peek())) {
-                return;
-            }
+        while (isBlank(m_source.peek())) {
             m_source.skip();
         }
     } catch (const std::ios_base::failure&) {
@@ -66,42 +69,55 @@ void JSONParser::skipWhitespace()
     }
 }
 
+char JSONParser::peekPastBlanks()
+{
+    skipBlanks();
+    return m_source.peek();
+}
+
 int JSONParser::peekChar()
 {
+    const CharacterSource::Lease lease(m_source);
     return static_cast<signed char>(m_source.peek());
 }
 
 int JSONParser::getChar()
 {
+    const CharacterSource::Lease lease(m_source);
     return static_cast<signed char>(m_source.get());
 }
 
 Value JSONParser::getTrue()
 {
+    const CharacterSource::Lease lease(m_source);
     getLiteral("true");
     return true;
 }
 
 Value JSONParser::getFalse()
 {
+    const CharacterSource::Lease lease(m_source);
     getLiteral("false");
     return false;
 }
 
 Value JSONParser::getNull()
 {
+    const CharacterSource::Lease lease(m_source);
     getLiteral("null");
     return nullptr;
 }
 
 Value JSONParser::getArray()
 {
+    const CharacterSource::Lease lease(m_source);
     expect('[');
     return getContainer();
 }
 
 Value JSONParser::getObject()
 {
+    const CharacterSource::Lease lease(m_source);
     expect('{');
     return getContainer();
 }
@@ -116,10 +132,6 @@ void JSONParser::expect(char expected)
 
 void JSONParser::getLiteral(std::string_view letters)
 {
-    if (m_source.buffered().substr(0, letters.size()) == letters) {
-        m_source.skip(letters.size());
-        return;
-    }
     for (const char letter : letters) {
         if (m_source.get() != letter) {
             throw std::exception();

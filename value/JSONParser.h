@@ -76,20 +76,8 @@ public:
 private:
     struct Nesting;
 
-    static constexpr bool isWhitespace(char c) noexcept
-    {
-        return c == ' ' || (c >= '\t' && c <= '\r');
-    }
-    /// The next character after white space, unread. Most often there is none of that.
-    char peekPastBlanks()
-    {
-        const std::string_view ready = m_source.buffered();
-        if (!ready.empty() && !isWhitespace(ready.front())) {
-            return ready.front();
-        }
-        skipWhitespace();
-        return m_source.peek();
-    }
+    void skipBlanks();
+    char peekPastBlanks();
     void expect(char expected);
     void getLiteral(std::string_view letters);
     char peekInNumber();

@@ -5,25 +5,6 @@
 // Arrays and hashes are built where they will stay, in the value that is returned. A stack of those
 // that are still open takes the place of recursion.
 
-namespace {
-
-/// Whether `name` may come behind all names in the hash: the first byte most often tells.
-bool mayBeLast(const Value::Hash& hash, const std::string& name)
-{
-    const auto first = [](const std::string& text) { return static_cast<unsigned char>(text[0]); };
-    return hash.empty() || first(name) >= first(std::prev(hash.end())->first);
-}
-
-/// The entry for `name`, made if it is missing. Names in ascending order, as the writer leaves
-/// them, need no search.
-Value& entryOf(Value::Hash& hash, std::string&& name)
-{
-    return mayBeLast(hash, name) ? hash.try_emplace(hash.end(), std::move(name))->second
-                                 : hash.emplace(std::move(name), Value()).first->second;
-}
-
-} // namespace
-
 /// The arrays and hashes that are being read, the innermost last.
 struct JSONParser::Nesting
 {
@@ -134,7 +115,8 @@ Value* JSONParser::nextEntry(Value::Hash& hash)
         switch (peekPastBlanks()) {
         case ':':
             m_source.skip();
-            return &entryOf(hash, std::move(name));
+            // Names in ascending order, as the writer leaves them, need no search.
+            return &hash.try_emplace(hash.end(), std::move(name))->second;
         case ',':
             m_source.skip();
             break;

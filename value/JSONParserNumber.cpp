@@ -60,78 +60,12 @@ Value numberOf(const Parts& parts)
     return parts.exponent == 0 ? real : real * powerOfTen(parts.exponent);
 }
 
-/// Takes a number's parts from characters that are at hand.
-class NumberScan
-{
-public:
-    explicit NumberScan(std::string_view text) noexcept
-        : m_begin(text.data()), m_next(m_begin), m_end(m_begin + text.size())
-    {}
-
-    /// The length of the number, if the character behind it is there too; 0 if not, if the text
-    /// breaks the rules, and if digits are so many that their value might be too large.
-    std::size_t scan(Parts& parts) noexcept
-    {
-        parts.negative = skipIf('-');
-        if (!skipIf('0') && scanDigits(parts.magnitude) == 0) {
-            return 0;
-        }
-        if (skipIf('.')) {
-            parts.fractionCount = scanDigits(parts.fractionDigits);
-            if (parts.fractionCount == 0) {
-                return 0;
-            }
-        }
-        if (skipIf('e') || skipIf('E')) {
-            const bool negative = skipIf('-');
-            if (!negative) {
-                skipIf('+');
-            }
-            if (scanDigits(parts.exponent) == 0) {
-                return 0;
-            }
-            parts.exponent = negative ? -parts.exponent : parts.exponent;
-        }
-        return m_next == m_end ? 0 : static_cast<std::size_t>(m_next - m_begin);
-    }
-
-private:
-    bool skipIf(char c) noexcept
-    {
-        const bool found = m_next != m_end && *m_next == c;
-        m_next += found ? 1 : 0;
-        return found;
-    }
-
-    /// How many digits there are; 0 also if there are more than always fit.
-    int scanDigits(long long& number) noexcept
-    {
-        constexpr int most = std::numeric_limits<long long>::digits10;
-        const char* const first = m_next;
-        const char* const last = m_end - first > most ? first + most : m_end;
-        while (m_next != last && isDigit(*m_next)) {
-            number = 10 * number + (*m_next - '0');
-            ++m_next;
-        }
-        return m_next != m_end && isDigit(*m_next) ? 0 : static_cast<int>(m_next - first);
-    }
-
-    const char* m_begin;
-    const char* m_next;
-    const char* m_end;
-};
-
 } // namespace
 
 Value JSONParser::getNumber()
 {
+    const CharacterSource::Lease lease(m_source);
     Parts parts;
-    if (const std::size_t length = NumberScan(m_source.buffered()).scan(parts)) {
-        m_source.skip(length);
-        return numberOf(parts);
-    }
-
-    parts = Parts();
     parts.negative = m_source.peek() == '-';
     if (parts.negative) {
         m_source.skip();
@@ -163,6 +97,7 @@ Value JSONParser::getNumber()
 
 long long JSONParser::getDigits(bool negative, int* count)
 {
+    const CharacterSource::Lease lease(m_source);
     constexpr auto largest = static_cast<unsigned long long>(std::numeric_limits<long long>::max());
     const auto limit = negative ? largest + 1 : largest;
     char next = m_source.peek();

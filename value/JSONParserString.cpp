@@ -1,5 +1,5 @@
 #include "value/JSONParser.h"
-#include "value/PlainBytes.h"
+#include "value/ByteScan.h"
 
 namespace {
 
@@ -28,6 +28,7 @@ void appendUTF8(std::string& text, char32_t codePoint)
 
 Value JSONParser::getString()
 {
+    const CharacterSource::Lease lease(m_source);
     expect('"');
     return getText();
 }
@@ -36,18 +37,11 @@ Value JSONParser::getString()
 std::string JSONParser::getText()
 {
     m_source.skip();
-    const std::string_view atHand = m_source.buffered();
-    const std::size_t length = PlainBytes::beforeQuoteOrBackslash(atHand);
-    if (length < atHand.size() && atHand[length] == '"') {
-        std::string text(atHand.substr(0, length));
-        m_source.skip(length + 1);
-        return text;
-    }
     m_text.clear();
     for (;;) {
-        const std::string_view ready = m_source.buffered();
-        const std::size_t plain = PlainBytes::beforeQuoteOrBackslash(ready);
-        m_text.append(ready.substr(0, plain));
+        const std::string_view ready = m_source.atHand();
+        const std::size_t plain = ByteScan::beforeQuoteOrBackslash(ready);
+        m_text.append(ready.data(), plain);
         m_source.skip(plain);
         switch (const char c = m_source.get()) {
         case '"':
@@ -110,6 +104,7 @@ char32_t JSONParser::getCodePoint()
 
 std::uint16_t JSONParser::getUnicode()
 {
+    const CharacterSource::Lease lease(m_source);
     unsigned unit = 0;
     for (int digit = 0; digit < 4; ++digit) {
         unit = unit << 4 | getHexDigit();
@@ -119,6 +114,7 @@ std::uint16_t JSONParser::getUnicode()
 
 std::uint16_t JSONParser::getHexDigit()
 {
+    const CharacterSource::Lease lease(m_source);
     const char c = m_source.peek();
     int digit = 0;
     if (c >= '0' && c <= '9') {

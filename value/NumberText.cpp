@@ -1,97 +1,23 @@
 #include "value/NumberText.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <locale>
-#include <sstream>
 #include <string>
 #include <system_error>
+#ifndef __cpp_lib_to_chars
+#include <locale>
+#include <sstream>
+#endif
 
 namespace {
 
 char* copy(char* out, std::string_view text) noexcept
 {
     return std::copy(text.begin(), text.end(), out);
-}
-
-/// A positive number rounded to six significant digits: d.ddddd times ten to the exponent.
-struct SixDigits
-{
-    unsigned digits; ///< 100000 to 999999, or 0 if this way of rounding is not exact enough
-    int exponent;
-};
-
-/// Scales `number` by an exact power of ten. The product is off by at most half a unit in its last
-/// place, 2^-34, which leaves no doubt about the rounding unless it lies next to a tie.
-SixDigits roundToSixDigits(double number) noexcept
-{
-    constexpr std::array<double, 23> powers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                               1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    if (!(number >= 1e-16 && number < 1e26)) {
-        return {0, 0};
-    }
-    const auto scaledTo = [&](int exponent) {
-        return exponent <= 5 ? number * powers[static_cast<std::size_t>(5 - exponent)]
-                             : number / powers[static_cast<std::size_t>(exponent - 5)];
-    };
-    // The binary exponent times log10(2), rounded down, which is the decimal exponent or one less.
-    // The sum keeps the division away from negative numbers, which it would round up.
-    int exponent = (std::ilogb(number) * 30103 + 100 * 100000) / 100000 - 100;
-    double scaled = scaledTo(exponent);
-    if (scaled >= 1e6) {
-        scaled = scaledTo(++exponent);
-    }
-    auto digits = static_cast<unsigned>(scaled);
-    const double rest = scaled - digits;
-    if (std::abs(rest - 0.5) < 1e-6) {
-        return {0, 0};
-    }
-    if (rest > 0.5 && ++digits == 1000000) {
-        return {100000, exponent + 1};
-    }
-    return {digits, exponent};
-}
-
-/// General notation: the exponent form below 1e-4 and from 1e6, without trailing zeros.
-char* writeGeneral(char* out, SixDigits rounded) noexcept
-{
-    std::array<char, 6> digits{};
-    std::to_chars(digits.data(), digits.data() + digits.size(), rounded.digits);
-    std::string_view significant(digits.data(), digits.size());
-    significant = significant.substr(0, significant.find_last_not_of('0') + 1);
-
-    if (rounded.exponent < -4 || rounded.exponent >= 6) {
-        *out++ = significant.front();
-        if (significant.size() > 1) {
-            *out++ = '.';
-            out = copy(out, significant.substr(1));
-        }
-        *out++ = 'e';
-        *out++ = rounded.exponent < 0 ? '-' : '+';
-        const int magnitude = std::abs(rounded.exponent);
-        *out++ = static_cast<char>('0' + magnitude / 10);
-        *out++ = static_cast<char>('0' + magnitude % 10);
-        return out;
-    }
-    if (rounded.exponent < 0) {
-        constexpr std::string_view zeros = "0.000";
-        const auto point = static_cast<std::size_t>(-rounded.exponent);
-        out = copy(out, zeros.substr(0, point + 1));
-        return copy(out, significant);
-    }
-    const auto whole = static_cast<std::size_t>(rounded.exponent) + 1;
-    out = copy(out, std::string_view(digits.data(), whole));
-    if (significant.size() > whole) {
-        *out++ = '.';
-        out = copy(out, significant.substr(whole));
-    }
-    return out;
 }
 
 std::string_view withoutLeadingSpace(std::string_view text) noexcept
@@ -184,23 +110,14 @@ char* NumberText::write(char* out, double number)
     if (std::isnan(number)) {
         return copy(out, "nan");
     }
-    if (std::signbit(number)) {
-        *out++ = '-';
-        number = -number;
-    }
-    if (std::isinf(number)) {
-        return copy(out, "inf");
-    }
-    if (number == 0.0) {
-        return copy(out, "0");
-    }
-    if (const SixDigits rounded = roundToSixDigits(number); rounded.digits != 0) {
-        return writeGeneral(out, rounded);
-    }
+#ifdef __cpp_lib_to_chars
+    return std::to_chars(out, out + longest, number, std::chars_format::general, 6).ptr;
+#else
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
     stream << number;
     return copy(out, stream.str());
+#endif
 }
 
 int NumberText::readInt(std::string_view text) noexcept

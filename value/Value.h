@@ -1,7 +1,6 @@
 #pragma once
 
 #include "value/Any.h"
-#include "value/ValueHolders.h"
 
 #include <cstddef>
 #include <iosfwd>
@@ -11,6 +10,39 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+class Value;
+
+// Arrays and hashes nest to any depth. They are copied and taken apart on a stack of bounded size,
+// in time linear in their own. Taking apart allocates nothing, so that destruction cannot fail.
+
+template <>
+struct Dynamic::HolderTraits<std::vector<Value>>
+{
+    static std::vector<Value> copy(const std::vector<Value>& held);
+    static void dismantle(std::vector<Value>& held) noexcept;
+};
+
+template <>
+struct Dynamic::HolderTraits<std::map<std::string, Value>>
+{
+    static std::map<std::string, Value> copy(const std::map<std::string, Value>& held);
+    static void dismantle(std::map<std::string, Value>& held) noexcept;
+};
+
+/// The kinds of Value, each with the type that its holder holds.
+enum class ValueKind
+{
+    Nil,     ///< `void*`, always null, or an empty holder
+    Boolean, ///< `bool`
+    Integer, ///< `int`
+    Long,    ///< `long long`
+    Real,    ///< `double`
+    String,  ///< `std::string`: bytes in any encoding
+    Array,   ///< `std::vector<Value>`
+    Hash,    ///< `std::map<std::string, Value>`
+    Other    ///< any other type
+};
 
 /// A dynamically typed value with a script language's loose conversions: each gives a result for
 /// every kind. A copy is deep: values share nothing. A value that was moved from is nil. No

@@ -1,7 +1,6 @@
 #include "value/ChildCursor.h"
-#include "value/FetchAhead.h"
 #include "value/NumberText.h"
-#include "value/PlainBytes.h"
+#include "value/ByteScan.h"
 #include "value/Value.h"
 
 #include <array>
@@ -49,7 +48,7 @@ void JSONStyle::appendString(std::string& text, std::string_view bytes)
 {
     text += '"';
     for (;;) {
-        const std::size_t plain = PlainBytes::beforeEscape(bytes);
+        const std::size_t plain = ByteScan::beforeEscape(bytes);
         text.append(bytes.data(), plain);
         if (plain == bytes.size()) {
             break;
@@ -114,9 +113,7 @@ std::string write(const Value& root)
             open.emplace_back(value->holder().get<Value::Array>());
         } else if (kind == Value::Kind::Hash) {
             text += '{';
-            const auto& hash = value->holder().get<Value::Hash>();
-            fetchAhead(hash);
-            open.emplace_back(hash);
+            open.emplace_back(value->holder().get<Value::Hash>());
         } else {
             appendLeaf<Style>(text, *value, kind);
             first = false;

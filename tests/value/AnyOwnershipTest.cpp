@@ -54,7 +54,7 @@ struct Witness
     explicit Witness(const Any& holder, bool& replaced) : owner(&holder), sawNew(&replaced) {}
     Witness(const Witness&) = default;
     Witness& operator=(const Witness&) = default;
-    ~Witness() { *sawNew = owner->isHolder<int>(); }
+    ~Witness() { *sawNew = owner->type() == typeid(int); }
 
     const Any* owner;
     bool* sawNew;

@@ -220,7 +220,7 @@ TEST(DepthTest, ARawHolderOfADeepArrayIsCopiedAndDestroyed)
 {
     runOnSmallStack([] {
         const Dynamic::Any any = std::move(nestedArrays(deep, 1).holder());
-        EXPECT_TRUE(copyOf(any).isHolder<Value::Array>());
+        EXPECT_TRUE(copyOf(any).type() == typeid(Value::Array));
         EXPECT_EQ(copyOf(any.get<Value::Array>()).size(), 1U);
     });
 }

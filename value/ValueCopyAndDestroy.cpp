@@ -1,7 +1,4 @@
-#include "value/ValueHolders.h"
-
 #include "value/ChildCursor.h"
-#include "value/FetchAhead.h"
 
 #include <type_traits>
 
@@ -109,7 +106,6 @@ Value::Array copyByRecursion(const Value::Array& source)
 
 Value::Hash copyByRecursion(const Value::Hash& source)
 {
-    fetchAhead(source);
     return source;
 }
 
@@ -196,9 +192,6 @@ void destroyChildren(Container& container) noexcept
 {
     if (depth < maximumDepth) {
         const Descent descent;
-        if constexpr (std::is_same_v<Container, Value::Hash>) {
-            fetchAhead(container);
-        }
         container.clear();
         return;
     }

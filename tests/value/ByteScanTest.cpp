@@ -1,4 +1,4 @@
-#include "value/PlainBytes.h"
+#include "value/ByteScan.h"
 
 #include <gtest/gtest.h>
 
@@ -41,15 +41,15 @@ void expectFirst(Scan scan, IsFound isFound)
     }
 }
 
-TEST(PlainBytesTest, FindTheFirstQuoteOrBackslashWhereverItIs)
+TEST(ByteScanTest, FindTheFirstQuoteOrBackslashWhereverItIs)
 {
-    expectFirst(PlainBytes::beforeQuoteOrBackslash,
+    expectFirst(ByteScan::beforeQuoteOrBackslash,
                 [](char c) { return c == '"' || c == '\\'; });
 }
 
-TEST(PlainBytesTest, FindTheFirstByteThatIsEscapedWhereverItIs)
+TEST(ByteScanTest, FindTheFirstByteThatIsEscapedWhereverItIs)
 {
-    expectFirst(PlainBytes::beforeEscape, isEscaped);
+    expectFirst(ByteScan::beforeEscape, isEscaped);
 }
 
 } // namespace
