@@ -1,6 +1,8 @@
 """Values and JSON: json_benchmark's times and heap as tables and a picture."""
 
+import ctypes.util
 import json
+import os
 import subprocess
 
 import picture
@@ -16,15 +18,15 @@ DOCUMENTS = ["hosts", "mixed"]
 OPERATIONS = ["read", "write", "build", "copy", "destroy"]
 
 
-def measure(build, quick):
+def run_benchmark(build, quick, *options, **environment):
     """The best of several repetitions, which come in random order: what disturbs a measurement on a
     shared machine only ever makes it longer. Times are the processor's."""
     size = ["--bytes=1000000", "--arrays=100000"] if quick else []
     output = subprocess.run(
-        [build / "bench" / "json_benchmark", *size, "--benchmark_format=json",
+        [build / "bench" / "json_benchmark", *size, *options, "--benchmark_format=json",
          f"--benchmark_repetitions={5 if quick else 9}",
          "--benchmark_enable_random_interleaving=true"],
-        check=True, stdout=subprocess.PIPE, timeout=1200).stdout
+        check=True, stdout=subprocess.PIPE, timeout=1200, env={**os.environ, **environment}).stdout
     result = json.loads(output)
     milliseconds, heap = {}, {}
     for run in result["benchmarks"]:
@@ -37,6 +39,15 @@ def measure(build, quick):
             heap[f"{document}/{library}"] = int(run["heap"])
     values = {document: int(result["context"][f"{document} values"]) for document in DOCUMENTS}
     return {"milliseconds": milliseconds, "heap": heap, "values": values}
+
+
+def measure(build, quick):
+    allocator = ctypes.util.find_library("mimalloc")
+    if not allocator:
+        raise SystemExit("no libmimalloc: scripts/install-dependencies --bench gets it")
+    preloaded = run_benchmark(build, quick, "--benchmark_filter=^(hosts|mixed)/",
+                              LD_PRELOAD=allocator)
+    return {**run_benchmark(build, quick), "preloaded": preloaded["milliseconds"]}
 
 
 def ratio(data, document, operation, library, to=REFERENCE):
@@ -68,6 +79,14 @@ def times(data, document):
     return table([f"{document}, ms", *names], rows)
 
 
+def preloaded(data, document):
+    rows = []
+    for operation in OPERATIONS:
+        row = [data["preloaded"].get(f"{document}/{operation}/{name}") for name in LIBRARIES]
+        rows.append([operation, *(shown(cell, 1) for cell in row)])
+    return table([f"{document}, ms with mimalloc", *LIBRARIES], rows)
+
+
 def memory(data):
     rows = []
     for document in DOCUMENTS:
@@ -95,6 +114,7 @@ def tables(data):
     return {
         **{f"json-{document}-ratios": ratios(data, document) for document in DOCUMENTS},
         **{f"json-{document}-times": times(data, document) for document in DOCUMENTS},
+        **{f"json-{document}-preloaded": preloaded(data, document) for document in DOCUMENTS},
         "json-memory": memory(data),
         "json-depth": depth(data),
     }
