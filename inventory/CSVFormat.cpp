@@ -15,7 +15,7 @@ std::string cell(const std::optional<std::string>& text)
     if (!text || text->empty()) {
         return {};
     }
-    const std::string safe =
+    std::string safe =
         formulaStarts.find(text->front()) == std::string_view::npos ? *text : "'" + *text;
     if (safe.find_first_of(",\"\r\n") == std::string::npos) {
         return safe;

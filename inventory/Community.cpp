@@ -84,8 +84,8 @@ std::string readCommunity(const std::optional<std::string>& file)
         if (community.empty()) {
             throw Failure(origin + ": the first line is empty");
         }
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes the environment
     } else if (const char* const variable = std::getenv("SNMP_COMMUNITY")) {
-        // No other thread changes the environment: NOLINT(concurrency-mt-unsafe)
         community = *variable == '\0' ? community : variable;
     }
     if (community.find('\0') != std::string::npos || Poco::trim(community) != community) {
@@ -123,7 +123,7 @@ Credentials readCredentials(const std::string& file, const std::string& communit
     std::istringstream lines(readFile(file));
     std::string line;
     for (int number = 1; std::getline(lines, line); ++number) {
-        const std::string where = file + ": line " + std::to_string(number);
+        std::string where = file + ": line " + std::to_string(number);
         line = Poco::trim(line);
         if (line.empty() || line.front() == '#') {
             continue;
@@ -144,9 +144,9 @@ Credentials readCredentials(const std::string& file, const std::string& communit
         } else if (!isKey(key)) {
             throw Failure(where + ": unknown key");
         } else if (!isUnderstood(key, value)) {
-            throw Failure(where + ": a value that " + key + " does not have");
+            throw Failure(where.append(": a value that ").append(key).append(" does not have"));
         } else if (!credentials.parameters.emplace(key, bytes(value)).second) {
-            throw Failure(where + ": " + key + " again");
+            throw Failure(where.append(": ").append(key).append(" again"));
         }
     }
     if (!hasVersion) {

@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <sstream>
 
@@ -121,7 +120,7 @@ std::string readFile(const std::string& file)
         standardInput ? stdin : std::fopen(file.c_str(), "rbe"), close);
     const std::string origin = standardInput ? "standard input" : file;
     if (!opened) {
-        throw Failure(origin + ": " + std::strerror(errno));
+        throw Failure(origin, errno);
     }
     std::string content;
     std::array<char, 65536> buffer = {};
@@ -132,7 +131,7 @@ std::string readFile(const std::string& file)
         }
     }
     if (std::ferror(opened.get()) != 0) {
-        throw Failure(origin + ": " + std::strerror(errno));
+        throw Failure(origin, errno);
     }
     return content;
 }

@@ -11,7 +11,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <thread>
@@ -62,7 +61,7 @@ void removeAll()
     sigemptyset(&set);
     sigaddset(&set, signal);
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-    raise(signal);
+    static_cast<void>(raise(signal));
     _exit(128 + signal);
 }
 
@@ -85,7 +84,7 @@ void waitForSignal()
 void Ending::watch()
 {
     if (pipe(wake.data()) != 0) {
-        throw Failure(std::string("no pipe: ") + std::strerror(errno));
+        throw Failure("no pipe", errno);
     }
     for (const int end : wake) {
         fcntl(end, F_SETFD, FD_CLOEXEC);

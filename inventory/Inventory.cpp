@@ -24,7 +24,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 namespace inventory {
@@ -91,7 +90,7 @@ public:
     NetSNMP(const PrivateFolder& folder, const std::string& mibs)
     {
         if (access(mibs.c_str(), R_OK | X_OK) != 0) {
-            throw Failure(mibs + ": " + std::strerror(errno) + "; name the MIB modules by --mibs");
+            throw Failure("the MIB modules (see --mibs): " + mibs, errno);
         }
         UVARNETSNMP::SNMPTimedSession::DiscardMessages();
         SNMPSession::Initialize("snmp-inventory", folder.path(), mibs, "Printer-MIB");
@@ -173,10 +172,10 @@ void write(const std::string& report, const std::optional<OutputFile>& output)
         return;
     }
     // A reader that has gone is a failed write, not the end of the process.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     if (std::fwrite(report.data(), 1, report.size(), stdout) != report.size() ||
         std::fflush(stdout) != 0) {
-        throw Failure(std::string("standard output: ") + std::strerror(errno));
+        throw Failure("standard output", errno);
     }
 }
 

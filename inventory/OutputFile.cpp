@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 namespace inventory {
@@ -95,7 +94,7 @@ void OutputFile::replace(const std::string& content) const
         record.file = descriptor < 0 ? "" : temporary;
     });
     if (descriptor < 0) {
-        throw Failure(m_target + ": " + std::strerror(reason));
+        throw Failure(m_target, reason);
     }
     bool good = writeAll(descriptor, content) && fchmod(descriptor, 0644 & ~creationMask()) == 0 &&
                 fsync(descriptor) == 0;
@@ -115,7 +114,7 @@ void OutputFile::replace(const std::string& content) const
         record.file.clear();
     });
     if (!good) {
-        throw Failure(m_target + ": " + std::strerror(reason));
+        throw Failure(m_target, reason);
     }
     syncFolder(folder);
 }

@@ -6,7 +6,6 @@
 #include <stdlib.h> // mkdtemp is POSIX: <cstdlib> does not promise it
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 namespace inventory {
@@ -28,7 +27,7 @@ PrivateFolder::PrivateFolder()
         }
     });
     if (reason != 0) {
-        throw Failure(m_path + ": " + std::strerror(reason));
+        throw Failure(m_path, reason);
     }
 }
 

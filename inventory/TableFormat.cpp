@@ -17,7 +17,7 @@ namespace inventory {
 
 namespace {
 
-constexpr std::size_t narrowest = 8; // columns that a shortened column keeps
+constexpr std::size_t narrowest = 4; // columns that a shortened column keeps
 constexpr std::string_view gap = "  ";
 constexpr std::string_view ellipsis = "\xe2\x80\xa6";
 
@@ -80,22 +80,26 @@ std::string fitted(const std::vector<Piece>& text, std::size_t width, bool ascii
     return bytes.append(width - used, ' ');
 }
 
-/// Takes from the widest column until all fit, or none is wider than the narrowest. The first, the
-/// address, keeps its width.
+/// Takes from the widest column until all fit, or none is wider than the narrowest; then leaves out
+/// columns at the end. The first, the address, keeps its width.
 void narrow(std::vector<std::size_t>& widths, std::size_t columns)
 {
-    const std::size_t gaps = (widths.size() - 1) * gap.size();
-    while (std::accumulate(widths.begin(), widths.end(), gaps) > columns) {
+    const auto all = [&widths] {
+        return std::accumulate(widths.begin(), widths.end(), (widths.size() - 1) * gap.size());
+    };
+    while (widths.size() > 1 && all() > columns) {
         const auto widest = std::max_element(widths.begin() + 1, widths.end());
-        if (widest == widths.end() || *widest <= narrowest) {
-            return;
+        if (*widest <= narrowest) {
+            widths.pop_back();
+        } else {
+            --*widest;
         }
-        --*widest;
     }
 }
 
 bool speaksUTF8()
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): before there is another thread
     return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
 }
 
@@ -120,8 +124,8 @@ std::string digits(const std::optional<Number>& number, const char* after = "")
 
 Screen screenOfStandardOutput()
 {
-    // Before there is another thread: NOLINTNEXTLINE(concurrency-mt-unsafe)
-    std::setlocale(LC_CTYPE, "");
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): before there is another thread
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
     Screen screen;
     const bool terminal = isatty(STDOUT_FILENO) == 1;
     if (!speaksUTF8()) {
@@ -159,7 +163,7 @@ std::string toColumns(const std::vector<std::vector<std::string>>& rows, const S
     std::string text;
     for (const auto& row : cells) {
         std::string line;
-        for (std::size_t column = 0; column < row.size(); ++column) {
+        for (std::size_t column = 0; column < std::min(row.size(), widths.size()); ++column) {
             line += column == 0 ? "" : gap;
             line += fitted(row[column], widths[column], screen.ascii);
         }

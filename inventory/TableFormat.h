@@ -21,7 +21,8 @@ struct Screen
 Screen screenOfStandardOutput();
 
 /// Rows of texts under a heading, in columns as wide as their longest text. Where the screen is
-/// narrower, the widest columns but the first are shortened, with "…" at the end of what is cut.
+/// narrower, the widest columns but the first are shortened, with "…" at the end of what is cut,
+/// and then the last ones left out.
 /// Control characters, bidirectional controls, and characters that have no width in the process's
 /// locale become U+FFFD, so that no escape sequence is left.
 std::string toColumns(const std::vector<std::vector<std::string>>& rows, const Screen& screen);

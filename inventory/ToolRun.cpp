@@ -21,7 +21,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -46,7 +45,7 @@ bool isExecutable(const fs::path& path)
 
 std::optional<fs::path> onPath()
 {
-    // No other thread changes the environment: NOLINTNEXTLINE(concurrency-mt-unsafe)
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes the environment
     const char* const variable = std::getenv("PATH");
     std::istringstream folders(variable == nullptr ? "" : variable);
     std::string folder;
@@ -76,7 +75,7 @@ void writePrivate(const fs::path& path, const std::string& content)
         close(descriptor);
     }
     if (!good) {
-        throw Failure(path.string() + ": " + std::strerror(reason));
+        throw Failure(path.string(), reason);
     }
 }
 
@@ -87,7 +86,7 @@ public:
     Pipe()
     {
         if (pipe(m_ends.data()) != 0) {
-            throw Failure(std::string("no pipe: ") + std::strerror(errno));
+            throw Failure("no pipe", errno);
         }
         for (const int end : m_ends) {
             fcntl(end, F_SETFD, FD_CLOEXEC);
@@ -145,7 +144,7 @@ void start(const std::string& path, const Pipe& output)
     });
     posix_spawn_file_actions_destroy(&actions);
     if (reason != 0) {
-        throw Failure(path + ": " + std::strerror(reason));
+        throw Failure(path, reason);
     }
 }
 

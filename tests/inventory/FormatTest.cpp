@@ -141,7 +141,9 @@ TEST_F(TableFormatTest, ColumnsAreFittedToTheTerminal)
     EXPECT_EQ(toColumns(rows, Screen{80, false}), "192.0.2.100  a very long text indeed  short\n");
     EXPECT_EQ(toColumns(rows, Screen{30, false}), "192.0.2.100  a very lo\xe2\x80\xa6  short\n");
     EXPECT_EQ(toColumns(rows, Screen{30, true}), "192.0.2.100  a very lo~  short\n");
-    EXPECT_EQ(toColumns(rows, Screen{1, false}), "192.0.2.100  a very \xe2\x80\xa6  short\n");
+    EXPECT_EQ(toColumns(rows, Screen{1, false}), "192.0.2.100\n");
+    EXPECT_EQ(toColumns(rows, Screen{23, false}),
+              "192.0.2.100  a v\xe2\x80\xa6  sho\xe2\x80\xa6\n");
 }
 
 TEST_F(TableFormatTest, WidthsAreThoseOfTheTerminal)
