@@ -23,6 +23,10 @@ namespace UVARNETSNMP {
 /// rendering that cannot get its text is empty. The one exception of the class is
 /// Poco::SystemException, from toValue() and toString(int) when s_mutex cannot be locked.
 ///
+/// A sub-identifier is as wide as Net-SNMP's oid, an unsigned long: 64 bits on most systems, 32 on
+/// those of 32 bits. SNMP allows no more than 32 (RFC 2578, section 3.5), so that every object can be
+/// named on both.
+///
 /// Threads: an OID is not locked; concurrent use of one object needs outside locking.
 class OID
 {
