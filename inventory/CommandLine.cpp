@@ -1,5 +1,7 @@
 #include "inventory/CommandLine.h"
 
+#include "inventory/Failure.h"
+
 #include <CLI/CLI.hpp>
 
 #include <map>
@@ -64,7 +66,7 @@ void addOptions(CLI::App& app, Settings& settings, std::string& format)
 
 EndAtOnce wrong(const std::string& reason)
 {
-    return {2, "snmp-inventory: " + reason + "; see snmp-inventory --help\n"};
+    return {2, "snmp-inventory: " + oneLine(reason) + "; see snmp-inventory --help\n"};
 }
 
 } // namespace

@@ -6,7 +6,17 @@
 
 namespace inventory {
 
-/// There is no report. what() is one line for standard error that says which thing failed and why.
+/// `text` with "?" for every control character: names of files and arguments can hold line ends.
+inline std::string oneLine(std::string text)
+{
+    for (char& c : text) {
+        const auto octet = static_cast<unsigned char>(c);
+        c = octet < 0x20 || octet == 0x7f ? '?' : c;
+    }
+    return text;
+}
+
+/// There is no report. what() says which thing failed and why.
 class Failure : public std::runtime_error
 {
 public:

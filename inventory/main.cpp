@@ -27,7 +27,7 @@ void openMissingStandardDescriptors()
 
 int fail(const std::exception& reason)
 {
-    std::cerr << "snmp-inventory: " << reason.what() << std::endl;
+    std::cerr << "snmp-inventory: " << inventory::oneLine(reason.what()) << std::endl;
     return noReport;
 }
 

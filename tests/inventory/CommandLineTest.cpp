@@ -101,6 +101,8 @@ TEST(CommandLineTest, WrongOnesEndWith2AndOneLine)
                                               {"--output"},
                                               {"--output", "a", "--output", "b"},
                                               {"192.0.2.9"},
+                                              {"two\nlines\x1b[2J"},
+                                              {"--format", "two\nlines"},
                                               {"-x"}};
     for (const auto& arguments : cases) {
         const auto result = read(arguments);
@@ -109,6 +111,7 @@ TEST(CommandLineTest, WrongOnesEndWith2AndOneLine)
         EXPECT_EQ(end->code, 2) << arguments[0];
         EXPECT_EQ(end->text.rfind("snmp-inventory: ", 0), 0U);
         EXPECT_EQ(end->text.find('\n'), end->text.size() - 1) << end->text;
+        EXPECT_EQ(end->text.find('\x1b'), std::string::npos);
     }
 }
 

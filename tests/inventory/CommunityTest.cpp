@@ -101,13 +101,13 @@ TEST_F(CommunityTest, CredentialsOfSNMPv3)
 {
     const Credentials read = credentials("# a comment\r\n\r\nversion = 3\n"
                                          "securityname=user\n  securitylevel =  AuthPriv  \n"
-                                         "authprotocol = SHA\nauthpassphrase = a = b c\n"
-                                         "privprotocol = DES\nprivpassphrase = phrase\n"
+                                         "authprotocol = SHA\nauthpassphrase = a = b c d\n"
+                                         "privprotocol = DES\nprivpassphrase = a phrase\n"
                                          "contextname =\nsecurityengid = 8000000001020304\n");
     EXPECT_EQ(read.version, SNMP_VERSION_3);
     EXPECT_EQ(read.parameters.at("securityname"), bytes("user"));
     EXPECT_EQ(read.parameters.at("securitylevel"), bytes("AuthPriv"));
-    EXPECT_EQ(read.parameters.at("authpassphrase"), bytes("a = b c"));
+    EXPECT_EQ(read.parameters.at("authpassphrase"), bytes("a = b c d"));
     EXPECT_EQ(read.parameters.at("contextname"), bytes(""));
     EXPECT_EQ(read.parameters.count("community"), 0U);
 }
@@ -132,7 +132,8 @@ TEST_F(CommunityTest, WrongCredentialsAreRefused)
           "version = 3\nsecurityname = a\nsecurityname = b",
           "version = 3\nsecuritylevel = authPriv", "version = 3\nauthprotocol = SHA256",
           "version = 3\nprivprotocol = AES256", "version = 3\nsecurityengid = 80",
-          "version = 3\n= x"}) {
+          "version = 3\nauthpassphrase = 7 octet",
+          "version = 3\nprivpassphrase =", "version = 3\n= x"}) {
         EXPECT_THROW(credentials(content), Failure) << content;
     }
     EXPECT_THROW(inventory::readCredentials("/nonexistent/file", "x"), Failure);

@@ -2,7 +2,9 @@
 community's way to the tool, exit codes, files, signals."""
 
 import json
+import os
 import shlex
+import time
 import unittest
 
 from inventory import FIRST, InventoryTest, campus
@@ -235,6 +237,37 @@ class Failing(InventoryTest):
         for case, result in zip(cases, results):
             self.assertRegex(result, rf"^\d+ {code} 0 1 snmp-inventory: ", case)
 
+    def fake(self, script, name):
+        """The path of a tool that runs `script`."""
+        path = self.file(f"#!/bin/sh\n{script}\n", name)
+        os.chmod(path, 0o755)
+        return path
+
+    def test_a_tool_that_gives_no_document_or_a_bad_one(self):
+        real = shlex.quote(str(self.program.parent / "SNMPDiscovery"))
+        scripts = {
+            "nothing": "exit 64",
+            "help": f"exec {real} --help",
+            "cut": "printf '[{\"hostname\":\"192.0.2.9\"},{\"host'",
+            "line": "echo '[]'; echo done",
+            "killed": "printf '[]'; kill -KILL $$",
+        }
+        cases = [("--tool", self.fake(script, name)) for name, script in scripts.items()]
+        self.fails(cases, 1)
+
+    def test_a_tool_that_hangs_is_given_30_seconds(self):
+        script = self.fake("trap '' TERM; printf '[]'; while :; do sleep 100; done", "hangs")
+        begun = time.monotonic()
+        outcome = self.run_program(campus(), "--tool", script, code=1)
+        self.assertGreater(time.monotonic() - begun, 30)
+        self.assertRegex(outcome.err, rb"^snmp-inventory: .*30 seconds\n$")
+
+    def test_what_the_tool_says_to_standard_error_passes_with_quiet_too(self):
+        script = self.fake("echo 'from the tool' >&2; printf '[]'; exit 64", "says")
+        for extra in (), ("--quiet",):
+            outcome = self.run_program(campus(), "--tool", script, *extra)
+            self.assertEqual((outcome.out, outcome.err), (b"[]\n", b"from the tool\n"))
+
     def test_exit_code_1_and_one_line(self):
         absent = self.folder / "absent"
         good = ("--from", self.listing())
@@ -244,6 +277,7 @@ class Failing(InventoryTest):
             ("--from", absent),
             ("--from", self.file("{}", "object")),
             ("--tool", absent),
+            ("--from", f"{absent}\r\x1b[2J"),
             ("--tool", "/bin/true"),
             ("--tool", "/usr/bin/ldd", "--community-file", self.file("x", "community")),
             (*good, "--compare", absent),
