@@ -1,26 +1,23 @@
 # bash completion for SNMPDiscovery.
 
 _SNMPDiscovery() {
-    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} folder
     COMPREPLY=()
-    case $current in
-        --SNMPPersistPath=*)
-            # "=" may or may not be one of the characters that bash breaks words at.
-            mapfile -t COMPREPLY < <(compgen -d -P '--SNMPPersistPath=' -- "${current#*=}")
-            return ;;
-        =)
-            [[ $previous == --SNMPPersistPath ]] && mapfile -t COMPREPLY < <(compgen -d)
-            return ;;
-    esac
-    if [[ $previous == "=" ]]; then
-        [[ ${COMP_WORDS[COMP_CWORD - 2]} == --SNMPPersistPath ]] &&
-            mapfile -t COMPREPLY < <(compgen -d -- "$current")
-        return
+    # bash breaks words at "=" unless COMP_WORDBREAKS says otherwise. Then it completes folders
+    # itself, which does quoting and "~" as well.
+    if [[ $current == = ]]; then
+        [[ $previous != --SNMPPersistPath ]] || compopt -o dirnames
+    elif [[ $previous == = ]]; then
+        [[ ${COMP_WORDS[COMP_CWORD - 2]} != --SNMPPersistPath ]] || compopt -o dirnames
+    elif [[ $current == --SNMPPersistPath=* ]]; then
+        compopt -o nospace
+        while IFS= read -r folder; do
+            COMPREPLY+=("--SNMPPersistPath=$(printf %q "$folder")/")
+        done < <(compgen -d -- "${current#*=}")
+    elif [[ $previous != -c ]]; then
+        mapfile -t COMPREPLY < <(compgen -W '-h --help -c --Community= --SNMPPersistPath=' -- "$current")
+        [[ ${#COMPREPLY[@]} -ne 1 || ${COMPREPLY[0]} != *= ]] || compopt -o nospace
     fi
-    [[ $previous == -c ]] && return
-    mapfile -t COMPREPLY < <(compgen -W '-h --help -c --Community= --SNMPPersistPath=' -- "$current")
-    [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *= ]] && compopt -o nospace
-    return 0
 }
 
-complete -o filenames -F _SNMPDiscovery SNMPDiscovery
+complete -F _SNMPDiscovery SNMPDiscovery

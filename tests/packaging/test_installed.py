@@ -5,10 +5,10 @@ import os
 import shutil
 import tempfile
 import pathlib
-import subprocess
 import unittest
 
 import shipping
+import terminal
 from shipping import ROOT, run
 
 
@@ -102,43 +102,40 @@ class Installed(shipping.LabTest):
 
 
 class Completion(unittest.TestCase):
-    """What bash offers behind some words; the last one is being typed."""
+    """What the tab key makes of a line, in a real terminal."""
 
     CASES = {
-        "nothing yet": ([""], ["--Community=", "--SNMPPersistPath=", "--help", "-c", "-h"]),
-        "long options": (["--"], ["--Community=", "--SNMPPersistPath=", "--help"]),
-        "a name that begins": (["--C"], ["--Community="]),
-        "a community is nobody's to guess": (["-c", ""], []),
-        "folders in one word": (["--SNMPPersistPath=us"], ["--SNMPPersistPath=usr"]),
-        "folders in three words": (["--SNMPPersistPath", "=", "us"], ["usr"]),
-        "no folders for a community": (["--Community", "=", "us"], []),
+        "--SN\t": "--SNMPPersistPath=",
+        "--SN\tus\t": "--SNMPPersistPath=usr/",
+        "--SNMPPersistPath=us\tlo\t": "--SNMPPersistPath=usr/local/",
+        "--SNMPPersistPath=with\t": "--SNMPPersistPath=with\\ blank/",
+        "--SNMPPersistPath=with\tin\t": "--SNMPPersistPath=with\\ blank/inside/",
+        "--C\t": "--Community=",
+        "--Community=us\t": "--Community=us",
+        "--h\t": "--help ",
+        "--\t": "--",
+        "-c \t": "-c ",
+        "-c us\t": "-c us",
     }
 
-    def test_offers(self):
+    def completed(self, settings):
         with tempfile.TemporaryDirectory() as folder:
-            (pathlib.Path(folder) / "usr").mkdir()
-            (pathlib.Path(folder) / "use").touch()
-            for name, (words, expected) in self.CASES.items():
-                with self.subTest(name):
-                    self.assertEqual(self.offers(folder, words), expected)
+            folder = pathlib.Path(folder)
+            for name in ("usr/local", "with blank/inside"):
+                (folder / name).mkdir(parents=True)
+            (folder / "usage").touch()
+            source = ROOT / "packaging/completion.bash"
+            with terminal.Bash(folder, source, settings=settings) as bash:
+                for keys, expected in self.CASES.items():
+                    with self.subTest(keys):
+                        line = bash.line_after(f"SNMPDiscovery {keys}")
+                        self.assertEqual(line, f"SNMPDiscovery {expected}")
 
-    def offers(self, folder, words):
-        script = (
-            'source "$1"; shift; compopt() { :; }; COMP_WORDS=(SNMPDiscovery "$@"); '
-            'COMP_CWORD=$#; _SNMPDiscovery; printf "%s\\n" "${COMPREPLY[@]}"'
-        )
-        source = str(ROOT / "packaging/completion.bash")
-        done = subprocess.run(
-            ["bash", "-c", script, "bash", source, *words],
-            cwd=folder,
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            check=False,
-            timeout=60,
-            text=True,
-        )
-        self.assertEqual(done.stderr, "")
-        return sorted(line for line in done.stdout.splitlines() if line)
+    def test_with_words_broken_at_an_equals_sign(self):
+        self.completed("")
+
+    def test_with_words_that_hold_equals_signs(self):
+        self.completed("COMP_WORDBREAKS=${COMP_WORDBREAKS//=}")
 
 
 if __name__ == "__main__":
