@@ -78,8 +78,10 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         keepProbeable(interfaces);
         for (int pass = 0; pass < passes; ++pass) {
             for (const NetworkInterface& interface : interfaces) {
-                workers.emplace_back(
+                // Its thread runs already, so somebody must own it before the vector grows.
+                Poco::SharedPtr<SubnetDiscovery> worker(
                     new SubnetDiscovery(*this, broadcastAddress(interface), m_community));
+                workers.push_back(std::move(worker));
             }
             Poco::Thread::sleep(pauseAfterPass);
         }

@@ -1,11 +1,22 @@
-// The end of the workers: in which order their threads are joined, and what a failure to join does.
+// The end of the workers: in which order their threads are joined, what a failure to join does, and
+// that none is forgotten when memory runs out.
 
 #include "tests/app/DiscoveryRun.h"
+#include "tests/support/CountedNew.h"
 #include "tests/support/WatchedJoins.h"
+
+#include <Poco/Logger.h>
+#include <Poco/NullChannel.h>
 
 #include <pthread.h>
 
+#include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <thread>
 #include <type_traits>
 
 using UVARNETSNMP::SNMPSession;
@@ -64,6 +75,64 @@ TEST_F(WorkerJoin, ThatFailsEndsTheProcess)
         const Worker worker(*application, "192.0.2.255", "public");
     };
     EXPECT_EXIT(joinInVain(), testing::KilledBySignal(SIGABRT), "");
+}
+
+std::ptrdiff_t threadsOfTheProcess()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                         std::filesystem::directory_iterator());
+}
+
+/// Waits until every other thread has ended, one that nobody joins too; ten seconds at most.
+bool waitForTheOthersToEnd()
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (threadsOfTheProcess() > 1 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return threadsOfTheProcess() == 1;
+}
+
+TEST_F(WorkerJoin, ForgetsNobodyWhicheverAllocationOfTheMainThreadFails)
+{
+    if (!Allocations::supported()) {
+        GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
+    }
+    network.list = [] { return interfacesInSubnets(3); };
+    network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
+    // From shortly before the first worker until the document is written: POCO's frame allocates
+    // outside its own handlers afterwards.
+    std::optional<FailingAllocation> failing;
+    bool failed = true;
+    long successes = 0;
+    network.initialize = [&](auto&&...) {
+        application->logger().setChannel(new Poco::NullChannel);
+        failing.emplace(successes);
+        return true;
+    };
+    network.terminate = [&] {
+        failed = failing->happened();
+        failing.reset();
+    };
+    application->initWith({});
+
+    const int software = Poco::Util::Application::EXIT_SOFTWARE;
+    std::size_t before = 0;
+    int failures = 0;
+    for (; failed; ++successes) {
+        SCOPED_TRACE("successful allocations: " + std::to_string(successes));
+        const WatchedJoins joins;
+        const int code = application->run();
+        failing.reset();
+        failures += failed ? 1 : 0;
+
+        // Also a thread that nobody joined has sent its request by then.
+        ASSERT_TRUE(waitForTheOthersToEnd());
+        EXPECT_EQ(joins.threads().size(), network.requests().size() - before);
+        before = network.requests().size();
+        EXPECT_TRUE(code == 64 || (failed && code == software)) << code;
+    }
+    EXPECT_GT(failures, 20);
 }
 
 } // namespace

@@ -20,6 +20,7 @@
 namespace {
 
 thread_local long allocationsLeft = -1; ///< negative for all
+thread_local bool failsOnce = false;    ///< after a failure, all succeed again
 thread_local Allocations allocations{0, 0, 0};
 thread_local long unfreedOctets = 0;
 thread_local long peak = 0;
@@ -44,6 +45,9 @@ long sizeOf(void* memory) noexcept
 void* allocate(std::size_t size)
 {
     if (allocationsLeft == 0) {
+        if (failsOnce) {
+            allocationsLeft = -1;
+        }
         throw std::bad_alloc();
     }
     if (allocationsLeft > 0) {
@@ -136,6 +140,23 @@ AllocationLimit::AllocationLimit(long count) noexcept
 AllocationLimit::~AllocationLimit()
 {
     allocationsLeft = -1;
+}
+
+FailingAllocation::FailingAllocation(long successes) noexcept
+{
+    allocationsLeft = successes;
+    failsOnce = true;
+}
+
+FailingAllocation::~FailingAllocation()
+{
+    allocationsLeft = -1;
+    failsOnce = false;
+}
+
+bool FailingAllocation::happened() const noexcept
+{
+    return allocationsLeft < 0;
 }
 
 AtNextDelete::AtNextDelete(void (*function)()) noexcept

@@ -37,6 +37,20 @@ public:
     ~AllocationLimit();
 };
 
+/// For its own lifetime lets that many further allocations succeed and the one after them fail.
+/// Those after the failure succeed again.
+class FailingAllocation
+{
+public:
+    explicit FailingAllocation(long successes) noexcept;
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    ~FailingAllocation();
+
+    /// Whether it has failed by now.
+    bool happened() const noexcept;
+};
+
 /// For its own lifetime, or until then, lets the next operator delete of anything call `function`.
 class AtNextDelete
 {

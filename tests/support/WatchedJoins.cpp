@@ -31,6 +31,7 @@ WatchedJoins::WatchedJoins()
         throw std::logic_error("one watch at a time");
     }
     watching = this;
+    m_threads.reserve(64); // a join may happen where nothing can be thrown
 }
 
 WatchedJoins::~WatchedJoins()
