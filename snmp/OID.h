@@ -24,8 +24,8 @@ namespace UVARNETSNMP {
 /// Poco::SystemException, from toValue() and toString(int) when s_mutex cannot be locked.
 ///
 /// A sub-identifier is as wide as Net-SNMP's oid, an unsigned long: 64 bits on most systems, 32 on
-/// those of 32 bits. SNMP allows no more than 32 (RFC 2578, section 3.5), so that every object can be
-/// named on both.
+/// those of 32 bits. SNMP allows no more than 32 (RFC 2578, section 3.5), so that every object can
+/// be named on both.
 ///
 /// Threads: an OID is not locked; concurrent use of one object needs outside locking.
 class OID
@@ -39,10 +39,11 @@ public:
     /// The name `text` as snmp_parse_oid reads it: dotted numbers, or a symbolic name that the
     /// loaded MIB modules define. Length and capacity are the number of sub-identifiers parsed.
     /// Empty if `text` is null, cannot be parsed or has more than MAX_OID_LEN (128)
-    /// sub-identifiers. Not for texts of strangers: Net-SNMP 5.9.3 reads beyond the end of one with
-    /// a quotation mark that is not closed, and takes a name that it does not know for a regular
-    /// expression, whose search has no bounds.
-    explicit OID(const char* text) noexcept;
+    /// sub-identifiers. Not explicit: a text stands wherever an OID is asked for. Not for texts of
+    /// strangers: Net-SNMP 5.9.3 reads beyond the end of one with a quotation mark that is not
+    /// closed, and takes a name that it does not know for a regular expression, whose search has no
+    /// bounds.
+    OID(const char* text) noexcept;
     /// The same as OID(text), or, if `lastOnly`, the last sub-identifier of that name alone.
     OID(const char* text, bool lastOnly) noexcept;
     /// A copy with room for as many sub-identifiers as `other` has; empty if `other` has none.

@@ -37,12 +37,13 @@ public:
     /// An empty set.
     SNMPSecurity() = default;
 
-    /// A copy of every entry, unchanged.
-    explicit SNMPSecurity(const std::map<std::string, ByteString>& params);
+    /// A copy of every entry, unchanged. Neither this nor the next is explicit: a map stands
+    /// wherever a set is asked for.
+    SNMPSecurity(const std::map<std::string, ByteString>& params);
 
     /// Every entry with its value cut at the first NUL character, on purpose: a value given as text
     /// ends where a C string would. An empty value is kept: its key is present.
-    explicit SNMPSecurity(const std::map<std::string, std::string>& params);
+    SNMPSecurity(const std::map<std::string, std::string>& params);
 
     /// The value of `key`, valid while the set is unchanged; of a missing key, one empty string
     /// that all such look-ups share and that lives until the process exits.

@@ -41,6 +41,14 @@ TEST_F(OIDParsing, LastOnlyKeepsTheLastSubIdentifier)
     EXPECT_THAT(idsOf(OID("1.3.6.1.2", true)), ElementsAre(2));
 }
 
+TEST_F(OIDParsing, ATextStandsWhereAnOIDIsAskedFor)
+{
+    OID id = "1.3.6";
+    EXPECT_TRUE(id.append("1.3"));
+    EXPECT_THAT(idsOf(id), ElementsAre(1, 3, 6, 1, 3));
+    EXPECT_TRUE(id == "1.3.6.1.3");
+}
+
 TEST_F(OIDParsing, ReadsWhatTheParserAccepts)
 {
     EXPECT_TRUE(OID("SNMPv2-MIB::sysUpTime.0") == OID("sysUpTime.0"));
