@@ -20,11 +20,20 @@ namespace UVARNETSNMP {
 ///     contextname      context name
 ///     securitylevel    "NoAuthNoPriv", "AuthNoPriv" or "AuthPriv"
 ///     authprotocol     "MD5" or "SHA"
-///     privprotocol     "DES" or "AES"
-///     authpassphrase   pass phrase from which the authentication key is derived
-///     privpassphrase   pass phrase from which the privacy key is derived
+///     privprotocol     "DES" or "AES", see below
+///     authpassphrase   pass phrase from which the authentication key is derived, see below
+///     privpassphrase   pass phrase from which the privacy key is derived, see below
 ///     securityengid    security engine ID, hexadecimal text of 5 to 32 octets
 ///     contextengid     context engine ID, hexadecimal text of 5 to 32 octets
+///
+/// A pass phrase has at least eight characters. From a shorter one, or without an authentication
+/// protocol, no key can be derived: the session then uses a key of zeros, which everybody knows.
+/// Check the length before. The session checks neither it nor the derivation, on purpose; at most
+/// Net-SNMP's log has a message.
+///
+/// "AES" does not select AES, on purpose: the session gives Net-SNMP that protocol without its
+/// length, and Net-SNMP then takes its default privacy protocol. That is DES, unless Net-SNMP was
+/// built without it or its configuration names another ("defPrivType AES", see snmp.conf(5)).
 ///
 /// No operation reports a failure: a missing key reads as an empty value. Besides the standard
 /// library's own exception when memory is exhausted (construction, copying and LookupString), none

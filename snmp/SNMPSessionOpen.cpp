@@ -14,7 +14,9 @@ constexpr long timeoutMicroseconds = 3000000; // until a resend
 constexpr int retries = 2;                    // resends after the first
 
 /// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
-/// unset. The outcome is not examined: a session without a key is refused when it is used.
+/// unset. The outcome is not examined, on purpose: a derivation that fails (a pass phrase under
+/// eight characters, no authentication protocol) leaves `keyCapacity` zeros as the key, and the
+/// session is opened and used with it. SNMPSecurity.h warns the caller.
 void DeriveKey(const netsnmp_session& session, const ByteString& passPhrase, unsigned char* key,
                size_t* keyLength, size_t keyCapacity)
 {

@@ -23,6 +23,7 @@ _NAME = re.compile(r"[a-z][a-z0-9-]{0,30}")
 # Characters that snmpd.conf takes literally between quotation marks.
 _SECRET = re.compile(r"[!#-\[\]-~]+")
 _PASS_PHRASE = re.compile(_SECRET.pattern[:-1] + "{8,}")  # RFC 3414, section 11.2
+_MASTER_KEY = re.compile("[0-9a-f]{32}(?:[0-9a-f]{8})?")  # of MD5, of SHA
 
 _OBJECT_TYPES = "integer, uinteger, counter, octet_str, object_id"
 _OBJECT = re.compile(
@@ -195,9 +196,14 @@ def _user(fields: Fields) -> User:
         fields.text("auth_pass", ""),
         fields.choice("priv", _PRIVACY, ""),
         fields.text("priv_pass", ""),
+        fields.text("master_key", ""),
     )
+    if user.master_key and not _MASTER_KEY.fullmatch(user.master_key):
+        fail(fields.where, "a master key has 32 (MD5) or 40 (SHA) hexadecimal digits")
+    if user.master_key and (user.auth_pass or user.priv_pass):
+        fail(fields.where, "a pass phrase besides a master key")
     for protocol, words in ((user.auth, user.auth_pass), (user.priv, user.priv_pass)):
-        if protocol and not _PASS_PHRASE.fullmatch(words):
+        if protocol and not user.master_key and not _PASS_PHRASE.fullmatch(words):
             fail(fields.where, f"{protocol} needs a pass phrase, 8 printable characters")
         if words and not protocol:
             fail(fields.where, "a pass phrase without a protocol")

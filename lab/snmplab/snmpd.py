@@ -78,11 +78,15 @@ def _users(agent: Agent) -> str:
     for user in agent.users:
         line = f"createUser {user.name}"
         if user.auth:
-            line += f' {user.auth} "{user.auth_pass}"'
+            line += f" {user.auth} {_secret(user, user.auth_pass)}"
         if user.priv:
-            line += f' {user.priv} "{user.priv_pass}"'
+            line += f" {user.priv} {_secret(user, user.priv_pass)}"
         lines.append(line + "\n")
     return "".join(lines)
+
+
+def _secret(user: User, pass_phrase: str) -> str:
+    return f"-m 0x{user.master_key}" if user.master_key else f'"{pass_phrase}"'
 
 
 def _rules(interfaces: Sequence[Interface]) -> str:

@@ -21,13 +21,15 @@ class Interface:
 
 @dataclasses.dataclass(frozen=True)
 class User:
-    """An SNMPv3 user; `auth` and `priv` are empty where the user has none."""
+    """An SNMPv3 user; `auth` and `priv` are empty where the user has none. A master key
+    (RFC 3414, A.2) in hexadecimal digits stands for both pass phrases."""
 
     name: str
     auth: str
     auth_pass: str
     priv: str
     priv_pass: str
+    master_key: str = ""
 
 
 @dataclasses.dataclass(frozen=True)

@@ -23,15 +23,20 @@ class Exchanges(unittest.TestCase):
             self.fail(f"SNMPDISCOVERY_V3_PROBE names no executable: '{path}'")
         self.probe = pathlib.Path(path).resolve()
 
-    def ask(self, user, level, *parameters):
-        """One GET as `user`; returns its outcome in the lab."""
-        script = 'program=$1; shift; exec "$program" "$TMPDIR/persistent" "$@"'
-        command = ["sh", "-c", script, "sh", str(self.probe), AGENT]
+    def ask(self, user, level, *parameters, setting=""):
+        """One GET as `user`, with a line of snmp.conf; returns its outcome in the lab."""
+        script = """
+            program=$1 SNMPCONFPATH=$TMPDIR/settings; shift
+            export SNMPCONFPATH; mkdir "$SNMPCONFPATH"
+            echo "$0" >"$SNMPCONFPATH/snmp.conf"
+            exec "$program" "$TMPDIR/persistent" "$@"
+        """
+        command = ["sh", "-c", script, setting, str(self.probe), AGENT]
         command += [message.SYS_UP_TIME, f"securityname={user}", f"securitylevel={level}"]
         return api.run_in_lab("snmpv3", [*command, *parameters], capture=True)
 
-    def assert_answered(self, *asking):
-        outcome = self.ask(*asking)
+    def assert_answered(self, *asking, **settings):
+        outcome = self.ask(*asking, **settings)
         self.assertEqual(outcome.code, 0, outcome.out + outcome.err)
         answer = rf"^response 0 {re.escape(message.SYS_UP_TIME)} = [0-9]+\n$"
         self.assertRegex(outcome.out.decode(), answer)
@@ -72,6 +77,11 @@ class Exchanges(unittest.TestCase):
         self.assert_answered("sha-des", "AuthPriv", *parameters)
         self.assert_unanswered(b"Timeout", "sha-aes", "AuthPriv", *parameters)
 
+    def test_net_snmp_s_default_privacy_protocol_can_be_configured(self):
+        parameters = ("authprotocol=SHA", "privprotocol=AES", AUTHENTIC, PRIVATE)
+        setting = "defPrivType AES"
+        self.assert_answered("sha-aes", "AuthPriv", *parameters, setting=setting)
+
     def test_a_wrong_pass_phrase(self):
         self.assert_unanswered(
             b"Authentication failure",
@@ -79,6 +89,23 @@ class Exchanges(unittest.TestCase):
             "AuthNoPriv",
             "authprotocol=SHA",
             "authpassphrase=another-phrase",
+        )
+
+    def test_a_pass_phrase_under_eight_characters_gives_a_key_of_zeros(self):
+        # The session works all the same: the agent's user has that key, which everybody
+        # knows.
+        short, shorter = "authpassphrase=7-signs", "privpassphrase=private"
+        self.assert_answered("sha-zero", "AuthNoPriv", "authprotocol=SHA", short)
+        protocols = ("authprotocol=SHA", "privprotocol=DES")
+        self.assert_answered("sha-des-zero", "AuthPriv", *protocols, short, shorter)
+
+    def test_eight_characters_are_enough_for_a_key(self):
+        self.assert_unanswered(
+            b"Authentication failure",
+            "sha-zero",
+            "AuthNoPriv",
+            "authprotocol=SHA",
+            "authpassphrase=8-signs!",
         )
 
     def test_another_protocol_than_the_user_s(self):

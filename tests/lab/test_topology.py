@@ -224,6 +224,18 @@ class Refusals(unittest.TestCase):
             change(*LASER, "users", [{"name": "u", "auth": "SHA", "auth_pass": "short"}]),
             "SHA needs a pass phrase",
         ),
+        "short master key": (
+            change(*LASER, "users", [{"name": "u", "auth": "SHA", "master_key": "00" * 15}]),
+            "a master key has",
+        ),
+        "master key and pass phrase": (
+            change(
+                *LASER,
+                "users",
+                [{"name": "u", "auth": "SHA", "auth_pass": LONG, "master_key": "00" * 20}],
+            ),
+            "a pass phrase besides",
+        ),
         "unknown protocol": (
             change(*LASER, "users", [{"name": "u", "auth": "sha", "auth_pass": LONG}]),
             "sha is none of MD5, SHA",

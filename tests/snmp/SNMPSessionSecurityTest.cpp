@@ -193,6 +193,22 @@ TEST_F(SNMPSessionSecurity, AKeyThatCannotBeDerivedDoesNotStopTheOpening)
     EXPECT_EQ(m_fake.opened.at(0).raw.securityPrivKeyLen, size_t{USM_PRIV_KU_LEN});
 }
 
+TEST_F(SNMPSessionSecurity, APassPhraseUnderEightCharactersGivesAKeyOfZeros)
+{
+    const std::string zeros(2 * size_t{USM_AUTH_KU_LEN}, '0');
+    const FakeNetSNMP::Template tooShort = Opened(Texts{
+        {"authprotocol", "SHA"}, {"authpassphrase", "7-signs"}, {"privpassphrase", "private"}});
+    EXPECT_EQ(FakeNetSNMP::Hex(tooShort.authKey), zeros);
+    EXPECT_EQ(FakeNetSNMP::Hex(tooShort.privKey), zeros);
+
+    const FakeNetSNMP::Template longEnough = Opened(Texts{
+        {"authprotocol", "SHA"}, {"authpassphrase", "8-signs!"}, {"privpassphrase", "private!"}});
+    EXPECT_EQ(longEnough.authKey.size(), 20U);
+    EXPECT_EQ(longEnough.authKey.find('\0'), std::string::npos);
+    EXPECT_EQ(longEnough.privKey.size(), 20U);
+    EXPECT_EQ(longEnough.privKey.find('\0'), std::string::npos);
+}
+
 TEST_F(SNMPSessionSecurity, PassPhrasesGoToTheDerivationWithAllTheirBytes)
 {
     const UVARNETSNMP::ByteString passPhrase = Octets(std::string("maple\0syrup", 11));
