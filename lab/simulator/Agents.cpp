@@ -61,9 +61,8 @@ std::vector<unsigned> Agents::addressed(std::uint32_t destination)
     return order;
 }
 
-std::vector<Octets> Agents::flood()
+void Agents::flood(std::vector<Octets>& frames)
 {
-    std::vector<Octets> frames;
     const std::optional<Arrival> asker = readFrame(m_lastFrame);
     if (asker) {
         const std::optional<Message> request = readRequest(asker->payload);
@@ -72,7 +71,6 @@ std::vector<Octets> Agents::flood()
             say(agent, plainAnswer(*request), *asker, frames);
         }
     }
-    return frames;
 }
 
 void Agents::say(unsigned agent, const Message& plain, const Arrival& asker,

@@ -35,8 +35,8 @@ public:
     /// empty.
     Octets resolve(std::string_view frame) const;
 
-    /// One datagram of the flood, to whoever asked last; nothing before anybody did.
-    std::vector<Octets> flood();
+    /// Appends one datagram of the flood, to whoever asked last; nothing before anybody did.
+    void flood(std::vector<Octets>& frames);
 
 private:
     std::vector<unsigned> addressed(std::uint32_t destination);

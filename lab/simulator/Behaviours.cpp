@@ -74,6 +74,14 @@ Octets community(const Message& answer, unsigned agent, std::mt19937& /*random*/
     return made.encode();
 }
 
+/// An answer all the same: the longest community that Net-SNMP reads in every release.
+Octets longCommunity(const Message& answer, unsigned /*agent*/, std::mt19937& /*random*/)
+{
+    Message made = answer;
+    made.community = Octets(250, 'c');
+    return made.encode();
+}
+
 Octets errorStatus(const Message& answer, unsigned agent, std::mt19937& /*random*/)
 {
     const std::int64_t status[] = {1, 2, 3, 4, 5, 18, 19, 255, -1, 0x7fffffff};
@@ -191,6 +199,7 @@ const std::vector<Behaviour>& behaviours()
         {"request-id", requestId, "another request's identifier"},
         {"version", version, "another SNMP version"},
         {"community", community, "another community"},
+        {"long-community", longCommunity, "an answer with a community of 250 octets"},
         {"error-status", errorStatus, "an error-status, defined or not"},
         {"empty", empty, "an empty datagram"},
         {"large", large, "60 kB of variable bindings"},

@@ -26,7 +26,7 @@ const Number numbers[] = {
     {"--delay", &Options::delay, 0, 60000, "milliseconds to the first answer"},
     {"--spread", &Options::spread, 0, 60000, "milliseconds from first to last answer"},
     {"--frame", &Options::frame, 0, 1514, "least octets of a frame"},
-    {"--flood", &Options::flood, 0, 100000, "datagrams a second, asked for or not"},
+    {"--flood", &Options::flood, 0, 1000000, "datagrams a second, asked for or not"},
     {"--seed", &Options::seed, 0, 1000000, "of whatever is random"},
     {"--seconds", &Options::seconds, 1, 300, "until the program ends"},
 };

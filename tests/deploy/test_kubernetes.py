@@ -40,6 +40,10 @@ class Manifests(unittest.TestCase):
         kinds = ("Namespace", "DaemonSet", "CronJob")
         self.assertEqual(said, "".join(f"{kind} snmpdiscovery\n" for kind in kinds))
 
+    def test_every_container_s_memory_has_a_limit(self):
+        limits = re.findall(r"limits:\n +memory: (\S+)", MANIFEST.read_text("utf-8"))
+        self.assertEqual(limits, ["256Mi", "256Mi"])
+
     def test_the_check_finds_what_a_cluster_would_refuse(self):
         for right, wrong in (
             ("hostNetwork: true", "hostNetwrk: true"),

@@ -40,6 +40,9 @@ class Units(unittest.TestCase):
         options = ["--offline=true", "--no-pager", f"--threshold={MOST_EXPOSURE}"]
         run("systemd-analyze", "security", *options, SERVICE)
 
+    def test_the_service_s_memory_has_a_limit(self):
+        self.assertEqual(settings("MemoryMax"), ["256M"])
+
     def test_the_timer_runs_every_hour(self):
         text = TIMER.read_text("utf-8")
         when = re.search(r"^OnCalendar=(.*)$", text, re.MULTILINE).group(1)

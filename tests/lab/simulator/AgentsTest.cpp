@@ -180,11 +180,15 @@ TEST(Agents, TheFloodWaitsForTheFirstRequest)
     Options options = plainOptions(10);
     options.behaviour = findBehaviour("random");
     Agents agents(options, own);
-    EXPECT_TRUE(agents.flood().empty());
+    std::vector<Octets> frames;
+    agents.flood(frames);
+    EXPECT_TRUE(frames.empty());
     agents.answer(request(7));
-    const std::vector<Octets> frames = agents.flood();
-    ASSERT_EQ(frames.size(), 1U);
+    agents.flood(frames);
+    agents.flood(frames);
+    ASSERT_EQ(frames.size(), 2U);
     EXPECT_EQ(readFrame(frames[0])->destination, hostAddress);
+    EXPECT_EQ(readFrame(frames[1])->destination, hostAddress);
 }
 
 TEST(Agents, UnreachableQuotesTheRequest)
