@@ -58,6 +58,8 @@ Value document(const std::set<std::string>& responders)
 
 int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 {
+    // Read also when only the help was shown, so that a value that cannot be read (one that refers
+    // to itself) ends with 70 whatever the command line says.
     m_community = config().getString("Community", "public");
     if (m_helpRequested) {
         return EXIT_USAGE;
