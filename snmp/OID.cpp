@@ -21,7 +21,7 @@ oid* allocateArray(std::size_t count) noexcept
 
 void copyArray(oid* to, const oid* from, std::size_t count) noexcept
 {
-    std::memcpy(to, from, count * sizeof(oid));
+    std::memmove(to, from, count * sizeof(oid)); // dup() may copy within one array
 }
 
 /// How many sub-identifiers two arrays share at the front.

@@ -53,11 +53,11 @@ public:
     /// sub-identifiers leaves this one as it is, on purpose: only clear() empties an OID.
     OID& operator=(const OID& other) noexcept;
 
-    /// Replaces the contents with a copy of `length` sub-identifiers at `ids`, which lie outside
-    /// this OID's array. Does nothing if `length` is 0 or `ids` is null. The array is replaced only
-    /// when max(length, capacity) exceeds the current capacity, and that maximum becomes the
-    /// capacity even when a larger array was kept. The result is 0 on every path, success or not,
-    /// on purpose: ask valid() whether there was memory.
+    /// Replaces the contents with a copy of `length` sub-identifiers at `ids`. Does nothing if
+    /// `length` is 0 or `ids` is null. The array is replaced only when max(length, capacity)
+    /// exceeds the current capacity, and that maximum becomes the capacity even when a larger array
+    /// was kept. `ids` may lie in this OID's own array unless the array is replaced. The result is
+    /// 0 on every path, success or not, on purpose: ask valid() whether there was memory.
     int dup(const oid* ids, std::size_t length, std::size_t capacity) noexcept;
 
     /// Releases the array: the OID is empty.

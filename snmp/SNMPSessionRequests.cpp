@@ -4,6 +4,8 @@
 
 #include <Poco/Timestamp.h>
 
+#include <algorithm>
+
 namespace UVARNETSNMP {
 
 namespace {
@@ -17,6 +19,14 @@ void FillRequest(snmp_pdu& request, const OID& oid)
     request.non_repeaters = 0;
     request.max_repetitions = maxRepetitions;
     snmp_add_null_var(&request, oid.oidptr(), oid.oidsize());
+}
+
+/// Now plus timeout, or the last time that a Timestamp holds if that is earlier.
+Poco::Timestamp After(const Poco::Timespan& timeout)
+{
+    const Poco::Timestamp now;
+    const Poco::Timestamp::TimeDiff room = Poco::Timestamp::TIMEVAL_MAX - now.epochMicroseconds();
+    return now + std::min(timeout.totalMicroseconds(), room);
 }
 
 } // namespace
@@ -79,7 +89,7 @@ bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
         return false;
     }
     RequestContext context = {this, 0, callback, userData};
-    const Poco::Timestamp deadline = Poco::Timestamp() + timeout.totalMicroseconds();
+    const Poco::Timestamp deadline = After(timeout);
     m_sessionPtr->callback = &SNMPSession::Callback;
     m_sessionPtr->callback_magic = &context;
 

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <numeric>
+#include <vector>
 
 using OIDFakes::Allocations;
 using testing::ElementsAre;
@@ -72,6 +74,15 @@ INSTANTIATE_TEST_SUITE_P(Table, OIDReplacement,
                                          Replacement{"ShorterCapacityIsCut", 10, 2, 4, 4, false},
                                          Replacement{"NoCapacityAskedFor", 10, 3, 0, 3, false}),
                          RowName());
+
+TEST(OIDDup, TheSourceMayLieInTheOwnArray)
+{
+    std::vector<oid> ids(MAX_OID_LEN);
+    std::iota(ids.begin(), ids.end(), 1);
+    OID id(ids.data(), ids.size(), ids.size());
+    id.dup(id.oidptr() + 1, ids.size() - 1, 0);
+    EXPECT_EQ(idsOf(id), std::vector<oid>(ids.begin() + 1, ids.end()));
+}
 
 TEST(OIDDup, AfterTheCapacityWasCutALargerOneReallocates)
 {

@@ -159,6 +159,21 @@ TEST_F(SNMPSessionWait, TheWaitEndsWithTheTurnInWhichItsTimeRunsOut)
     }
 }
 
+TEST_F(SNMPSessionWait, TheLongestTimeoutEndsWithTheLastTimestamp)
+{
+    int turns = 0;
+    m_fake.onSelect = [&] {
+        ++turns;
+        m_fake.now = turns == 3 ? Poco::Timestamp::TIMEVAL_MAX : m_fake.now + turn;
+        return 0;
+    };
+    const Poco::Timespan longest(Poco::Timespan::TimeDiff{Poco::Timestamp::TIMEVAL_MAX});
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, longest));
+
+    EXPECT_EQ(turns, 3);
+}
+
 TEST_F(SNMPSessionWait, TheTimeThatSendingTakesCounts)
 {
     m_fake.onSend = [this](snmp_pdu&) {
