@@ -18,6 +18,10 @@ namespace UVARNETSNMP {
 
 class SNMPSession;
 
+/// What Net-SNMP's calls for a single session take: a void*, or a session_list* in its later
+/// versions.
+using SessionHandle = decltype(snmp_sess_open(nullptr));
+
 /// Receives one response of the asynchronous SNMPSession::Get: the session that asked, the user
 /// data given to Get, untouched, and a copy of the response that the receiver owns and gives back
 /// to SNMPSession::ReleasePDU. Called inside Get, on the thread that called it.
@@ -31,8 +35,8 @@ using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu
 /// others fail. Nothing here prints; nothing throws but the constructors, for lack of memory.
 ///
 /// Threads: Initialize and Terminate run on one thread while there is no session. A session belongs
-/// to the thread that made it; several sessions may live in several threads at once. They are opened
-/// one after the other, under a lock of the library's own.
+/// to the thread that made it; several sessions may live in several threads at once. They are
+/// opened one after the other, under a lock of the library's own.
 class SNMPSession
 {
 public:
@@ -50,8 +54,8 @@ public:
 
     /// Hands mibDir, less one trailing "/", to Net-SNMP and sets the environment variable "MIBS" to
     /// the non-empty names of mibs joined by ":"; without any such name it stays as inherited.
-    /// Net-SNMP takes ":" in mibDir for a separator, so such a directory is also added in one piece.
-    /// Initialize calls this before init_snmp, which reads both. Always true.
+    /// Net-SNMP takes ":" in mibDir for a separator, so such a directory is also added in one
+    /// piece. Initialize calls this before init_snmp, which reads both. Always true.
     static bool InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs);
 
     /// Asks for a receive buffer of so many octets for every session opened from now on (Net-SNMP's
@@ -138,7 +142,7 @@ protected:
     bool m_initialized = false;              ///< also true when opening failed
     netsnmp_session m_session = {};          ///< template; peername points into m_peerName
     netsnmp_session* m_sessionPtr = nullptr; ///< Net-SNMP's own session while open, else null
-    void* m_sessionHandle = nullptr;         ///< of snmp_sess_open; closed by the destructor
+    SessionHandle m_sessionHandle = nullptr; ///< of snmp_sess_open; closed by the destructor
     SNMPSecurity m_security;
 
 private:

@@ -145,7 +145,7 @@ void ReleaseCopies(netsnmp_session& session)
 /// same time. Constant-initialised, so that it is there before any session.
 std::mutex opening;
 
-void* openAlone(netsnmp_session* session)
+SessionHandle openAlone(netsnmp_session* session)
 {
     const std::lock_guard<std::mutex> lock(opening);
     return snmp_sess_open(session);

@@ -37,7 +37,7 @@ void JustWait(timeval wait)
     select(0, nullptr, nullptr, nullptr, &wait);
 }
 
-void ServeOrdinary(void* handle, timeval wait)
+void ServeOrdinary(SessionHandle handle, timeval wait)
 {
     int count = 0;
     int block = 0;
@@ -51,7 +51,7 @@ void ServeOrdinary(void* handle, timeval wait)
     }
 }
 
-void ServeLarge(void* handle, int descriptor, timeval wait)
+void ServeLarge(SessionHandle handle, int descriptor, timeval wait)
 {
     LargeSet ready(descriptor);
     if (ready.get() == nullptr) {

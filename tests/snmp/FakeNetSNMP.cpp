@@ -57,10 +57,11 @@ FakeNetSNMP* FakeNetSNMP::CurrentOrNull()
     return s_current;
 }
 
-FakeNetSNMP& FakeNetSNMP::OfHandle(void* handle, const char* function)
+FakeNetSNMP& FakeNetSNMP::OfHandle(UVARNETSNMP::SessionHandle handle, const char* function)
 {
     FakeNetSNMP& fake = Current(function);
-    EXPECT_EQ(handle, &fake.live) << function << " with another handle";
+    EXPECT_EQ(handle, reinterpret_cast<UVARNETSNMP::SessionHandle>(&fake.live))
+        << function << " with another handle";
     return fake;
 }
 

@@ -104,7 +104,7 @@ public:
     static FakeNetSNMP& Current(const char* function);
     static FakeNetSNMP* CurrentOrNull();
     /// As Current; the test fails unless `handle` is what snmp_sess_open gave.
-    static FakeNetSNMP& OfHandle(void* handle, const char* function);
+    static FakeNetSNMP& OfHandle(UVARNETSNMP::SessionHandle handle, const char* function);
     void Record(const std::string& call);
     void Name(const snmp_pdu* pdu, const std::string& name) { m_names[pdu] = name; }
     void Open(const netsnmp_session& session);

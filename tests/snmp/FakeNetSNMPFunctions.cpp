@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+using UVARNETSNMP::SessionHandle;
+
 namespace {
 
 std::string Text(const char* text)
@@ -92,7 +94,7 @@ int generate_Ku(const oid* hash, u_int hashLength, const u_char* passPhrase,
                                : SNMPERR_GENERR;
 }
 
-void* snmp_sess_open(netsnmp_session* session)
+SessionHandle snmp_sess_open(netsnmp_session* session)
 {
     FakeNetSNMP& fake = FakeNetSNMP::Current(__func__);
     fake.Record("snmp_sess_open");
@@ -101,17 +103,17 @@ void* snmp_sess_open(netsnmp_session* session)
         return nullptr;
     }
     ++fake.openHandles;
-    return &fake.live;
+    return reinterpret_cast<SessionHandle>(&fake.live);
 }
 
-netsnmp_session* snmp_sess_session(void* handle)
+netsnmp_session* snmp_sess_session(SessionHandle handle)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_session");
     return &fake.live;
 }
 
-int snmp_sess_close(void* handle)
+int snmp_sess_close(SessionHandle handle)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_close");
@@ -160,7 +162,7 @@ void snmp_free_pdu(snmp_pdu* pdu)
     FakeNetSNMP::Real<decltype(snmp_free_pdu)>("snmp_free_pdu")(pdu);
 }
 
-int snmp_sess_synch_response(void* handle, snmp_pdu* request, snmp_pdu** response)
+int snmp_sess_synch_response(SessionHandle handle, snmp_pdu* request, snmp_pdu** response)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_synch_response(" + fake.NameOf(request) + ")");
@@ -171,7 +173,7 @@ int snmp_sess_synch_response(void* handle, snmp_pdu* request, snmp_pdu** respons
     return fake.status;
 }
 
-int snmp_sess_send(void* handle, snmp_pdu* request)
+int snmp_sess_send(SessionHandle handle, snmp_pdu* request)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_send(" + fake.NameOf(request) + ")");

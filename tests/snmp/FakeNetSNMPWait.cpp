@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <string>
 
+using UVARNETSNMP::SessionHandle;
+
 namespace {
 
 std::string Text(const timeval& time)
@@ -49,14 +51,14 @@ std::string Text(netsnmp_large_fd_set* set)
 
 extern "C" {
 
-netsnmp_transport* snmp_sess_transport(void* handle)
+netsnmp_transport* snmp_sess_transport(SessionHandle handle)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__); // a mere question: not recorded
     fake.transport.sock = fake.descriptor;
     return &fake.transport;
 }
 
-int snmp_sess_select_info(void* handle, int* count, fd_set* set, timeval* time, int* block)
+int snmp_sess_select_info(SessionHandle handle, int* count, fd_set* set, timeval* time, int* block)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_select_info(" + std::to_string(*count) + ", " + Text(set) + ", " +
@@ -89,8 +91,8 @@ int select(int count, fd_set* readable, fd_set* writable, fd_set* exceptional, t
     return 0;
 }
 
-int snmp_sess_select_info2(void* handle, int* count, netsnmp_large_fd_set* set, timeval* time,
-                           int* block)
+int snmp_sess_select_info2(SessionHandle handle, int* count, netsnmp_large_fd_set* set,
+                           timeval* time, int* block)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_select_info2(" + std::to_string(*count) + ", " + Text(set) + ", " +
@@ -119,7 +121,7 @@ int netsnmp_large_fd_set_select(int count, netsnmp_large_fd_set* readable,
     return 0;
 }
 
-int snmp_sess_read2(void* handle, netsnmp_large_fd_set* set)
+int snmp_sess_read2(SessionHandle handle, netsnmp_large_fd_set* set)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_read2(" + Text(set) + ")");
@@ -139,7 +141,7 @@ void netsnmp_large_fd_set_init(netsnmp_large_fd_set* set, int size)
     FakeNetSNMP::Real<decltype(netsnmp_large_fd_set_init)>("netsnmp_large_fd_set_init")(set, size);
 }
 
-int snmp_sess_read(void* handle, fd_set* set)
+int snmp_sess_read(SessionHandle handle, fd_set* set)
 {
     FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__);
     fake.Record("snmp_sess_read(" + Text(set) + ")");
@@ -149,7 +151,7 @@ int snmp_sess_read(void* handle, fd_set* set)
     return 0;
 }
 
-void snmp_sess_timeout(void* handle)
+void snmp_sess_timeout(SessionHandle handle)
 {
     FakeNetSNMP::OfHandle(handle, __func__).Record("snmp_sess_timeout");
 }
