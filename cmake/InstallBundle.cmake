@@ -1,22 +1,29 @@
 # The component "bundle" (see InstallTool.cmake and scripts/bundle).
 #
-# Its executable differs from the other in its run path alone. On ELF systems that is a DT_RPATH:
+# Its executables differ from the others in their run path alone. On ELF systems that is a DT_RPATH:
 # unlike the newer DT_RUNPATH it also holds for what the libraries need in turn, and it is looked at
 # before LD_LIBRARY_PATH, so that nothing of the system can come in between. A library with a
 # DT_RUNPATH of its own would be outside that rule; scripts/bundle refuses one.
 
-add_executable(SNMPDiscovery_bundled app/main.cpp)
-target_link_libraries(SNMPDiscovery_bundled PRIVATE app)
-snmpdiscovery_warnings(SNMPDiscovery_bundled)
-set_target_properties(SNMPDiscovery_bundled PROPERTIES
-    OUTPUT_NAME SNMPDiscovery
-    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bundle)
-if(APPLE)
-  set_target_properties(SNMPDiscovery_bundled PROPERTIES INSTALL_RPATH @executable_path)
-else()
-  set_target_properties(SNMPDiscovery_bundled PROPERTIES INSTALL_RPATH $ORIGIN)
-  target_link_options(SNMPDiscovery_bundled PRIVATE -Wl,--disable-new-dtags)
-endif()
+# snmpdiscovery_bundled(target name source library)
+function(snmpdiscovery_bundled target name source library)
+  add_executable(${target} ${source})
+  target_link_libraries(${target} PRIVATE ${library})
+  snmpdiscovery_warnings(${target})
+  set_target_properties(${target} PROPERTIES
+      OUTPUT_NAME ${name}
+      RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bundle)
+  if(APPLE)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH @executable_path)
+  else()
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
+    target_link_options(${target} PRIVATE -Wl,--disable-new-dtags)
+  endif()
+endfunction()
+snmpdiscovery_bundled(SNMPDiscovery_bundled SNMPDiscovery app/main.cpp app)
+snmpdiscovery_bundled(snmp-inventory_bundled snmp-inventory inventory/main.cpp inventory)
+# One target makes both.
+add_dependencies(SNMPDiscovery_bundled snmp-inventory_bundled)
 
 # What every system has: the C and C++ runtime, the loader, and on macOS the system's own libraries.
 set(system_libraries
@@ -24,7 +31,7 @@ set(system_libraries
     [[^lib(c|m|dl|rt|pthread|resolv|util|nsl|gcc_s|stdc\+\+|atomic)\.so.*]]
     [[^/usr/lib/lib.*\.dylib$]] [[^/System/.*]])
 
-install(TARGETS SNMPDiscovery_bundled
+install(TARGETS SNMPDiscovery_bundled snmp-inventory_bundled
     RUNTIME_DEPENDENCY_SET snmpdiscovery_carried
     RUNTIME DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
 install(RUNTIME_DEPENDENCY_SET snmpdiscovery_carried
@@ -37,6 +44,10 @@ set(snmpdiscovery_private_dir .)
 configure_file(packaging/launcher.in ${PROJECT_BINARY_DIR}/bundle/launcher/SNMPDiscovery @ONLY)
 install(PROGRAMS ${PROJECT_BINARY_DIR}/bundle/launcher/SNMPDiscovery
     DESTINATION bin COMPONENT bundle EXCLUDE_FROM_ALL)
+file(CREATE_LINK ../snmp-inventory
+    ${PROJECT_BINARY_DIR}/bundle/launcher/snmp-inventory SYMBOLIC)
+install(FILES ${PROJECT_BINARY_DIR}/bundle/launcher/snmp-inventory
+    DESTINATION bin COMPONENT bundle EXCLUDE_FROM_ALL)
 install(FILES ${mib_files} DESTINATION mibs COMPONENT bundle EXCLUDE_FROM_ALL)
 
 # On macOS each library names the others by the path that it was built for, and a change breaks its
@@ -47,5 +58,5 @@ if(APPLE)
 endif()
 
 snmpdiscovery_install_documents(bundle doc EXCLUDE_FROM_ALL)
-install(FILES ${PROJECT_BINARY_DIR}/SNMPDiscovery.1 DESTINATION doc
+install(FILES ${manual_pages} DESTINATION doc
     COMPONENT bundle EXCLUDE_FROM_ALL)

@@ -1,10 +1,11 @@
-# How the tool is installed.
+# How the two programs are installed.
 #
-# Component "runtime": the usual folders of a system. The executable and its MIB modules have a
-# private folder, and a launcher on the PATH starts it there: the tool looks for the modules beside
-# the path that it was started by, so a link to it would not do.
+# Component "runtime": the usual folders of a system. The executables and the MIB modules have a
+# private folder, where snmp-inventory finds the tool and both find the modules. A launcher on the
+# PATH starts the tool there: it looks for the modules beside the path that it was started by, so a
+# link to it would not do. For snmp-inventory, which asks the system where it is, a link does.
 #
-# Component "bundle": one folder that can be moved anywhere, with the executable, its modules and
+# Component "bundle": one folder that can be moved anywhere, with the executables, the modules and
 # the libraries of POCO and Net-SNMP side by side. scripts/bundle makes it; `cmake --install`
 # without a component leaves it out.
 
@@ -33,12 +34,14 @@ endfunction()
 if(BUILD_SHARED_LIBS)
   file(RELATIVE_PATH libraries /prefix/${snmpdiscovery_private_dir} /prefix/${CMAKE_INSTALL_LIBDIR})
   if(APPLE)
-    set_target_properties(SNMPDiscovery PROPERTIES INSTALL_RPATH @executable_path/${libraries})
+    set(origin @executable_path)
   else()
-    set_target_properties(SNMPDiscovery PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
+    set(origin $ORIGIN)
   endif()
+  set_target_properties(SNMPDiscovery snmp-inventory PROPERTIES
+      INSTALL_RPATH ${origin}/${libraries})
 endif()
-install(TARGETS SNMPDiscovery
+install(TARGETS SNMPDiscovery snmp-inventory
     RUNTIME DESTINATION ${snmpdiscovery_private_dir} COMPONENT runtime)
 install(FILES ${mib_files} DESTINATION ${snmpdiscovery_private_dir}/mibs COMPONENT runtime)
 
@@ -48,11 +51,23 @@ configure_file(packaging/launcher.in ${PROJECT_BINARY_DIR}/launcher/SNMPDiscover
 install(PROGRAMS ${PROJECT_BINARY_DIR}/launcher/SNMPDiscovery
     DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 
-configure_file(packaging/SNMPDiscovery.1.in ${PROJECT_BINARY_DIR}/SNMPDiscovery.1 @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/SNMPDiscovery.1
-    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+file(CREATE_LINK
+    ${snmpdiscovery_root_from_bin}/${snmpdiscovery_private_dir}/snmp-inventory
+    ${PROJECT_BINARY_DIR}/launcher/snmp-inventory SYMBOLIC)
+install(FILES ${PROJECT_BINARY_DIR}/launcher/snmp-inventory
+    DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+
+set(manual_pages)
+foreach(program SNMPDiscovery snmp-inventory)
+  configure_file(packaging/${program}.1.in ${PROJECT_BINARY_DIR}/${program}.1 @ONLY)
+  list(APPEND manual_pages ${PROJECT_BINARY_DIR}/${program}.1)
+endforeach()
+install(FILES ${manual_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+set(completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES packaging/completion.bash RENAME SNMPDiscovery
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT runtime)
+    DESTINATION ${completions} COMPONENT runtime)
+install(FILES packaging/inventory-completion.bash RENAME snmp-inventory
+    DESTINATION ${completions} COMPONENT runtime)
 snmpdiscovery_install_documents(runtime ${CMAKE_INSTALL_DATADIR}/doc/snmpdiscovery)
 
 # --- bundle

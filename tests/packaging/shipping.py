@@ -4,6 +4,7 @@ commands whose failure shows what they said.
 SNMPDISCOVERY_BUILD names the build folder. What a test makes and the next run can use
 again is kept in its subfolder "packaging"."""
 
+import json
 import os
 import pathlib
 import shutil
@@ -105,3 +106,14 @@ class LabTest(unittest.TestCase):
         # Without its modules the tool would ask for 0.0, which these agents answer too.
         self.assertTrue(asks_for_up_time(outcome), outcome.err)
         return outcome
+
+    def assert_takes_stock(self, *command, **settings):
+        """The command is snmp-inventory, and finds the tool and the modules by itself: it
+        reports the printer of the topology of that name, and hands a community on."""
+        outcome = self.in_lab("printer", *command, **settings)
+        laser, server = json.loads(outcome.out)
+        self.assertEqual(laser["hostname"], "192.0.2.9")
+        self.assertEqual(laser["supplies"][0]["type"], "toner")
+        self.assertIs(server["printer"], False)
+        hidden = ["env", "SNMP_COMMUNITY=secret", *command, "--format", "addresses"]
+        self.assertEqual(self.in_lab("demo", *hidden).out, b"198.51.100.21\n")

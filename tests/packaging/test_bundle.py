@@ -97,9 +97,17 @@ class Bundle(shipping.LabTest):
         link.symlink_to(self.folder / "bin/SNMPDiscovery")
         self.assert_discovers_demo(link)
 
+    def test_snmp_inventory_uses_the_tool_and_the_libraries_beside_it(self):
+        self.assert_takes_stock(self.folder / "bin/snmp-inventory")
+        said = run("ldd", self.folder / "snmp-inventory")
+        for name, path in re.findall(r"(\S+) => (/\S+)", said):
+            if not RUNTIME.match(name):
+                self.assertTrue(path.startswith(f"{self.folder}/"), path)
+
     def test_all_that_is_needed_is_carried_and_no_runtime(self):
-        programs = [self.folder / "SNMPDiscovery", *self.folder.glob("*.so*")]
-        self.assertGreaterEqual(len(programs), 6)
+        programs = [self.folder / name for name in ("SNMPDiscovery", "snmp-inventory")]
+        programs += [*self.folder.glob("*.so*")]
+        self.assertGreaterEqual(len(programs), 7)
         needed = set()
         for program in programs:
             listed = run("readelf", "-d", program)
@@ -113,7 +121,7 @@ class Bundle(shipping.LabTest):
         modules = {path.name: path.read_bytes() for path in (ROOT / "mibs").glob("*.txt")}
         carried = {p.name: p.read_bytes() for p in (self.folder / "mibs").iterdir()}
         self.assertEqual(carried, modules)
-        for name in ("README.md", "LICENSE", "SNMPDiscovery.1"):
+        for name in ("README.md", "LICENSE", "SNMPDiscovery.1", "snmp-inventory.1"):
             self.assertTrue((self.folder / "doc" / name).is_file(), name)
         for package, version in self.libraries.values():
             self.assertTrue((self.folder / f"licences/{package}.txt").is_file(), package)

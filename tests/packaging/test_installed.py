@@ -5,6 +5,7 @@ import os
 import shutil
 import tempfile
 import pathlib
+import re
 import unittest
 
 import shipping
@@ -29,9 +30,15 @@ class Installed(shipping.LabTest):
         self.assertEqual(found, modules)
         for path in (
             f"{private}/SNMPDiscovery",
+            f"{private}/snmp-inventory",
             "bin/SNMPDiscovery",
+            "bin/snmp-inventory",
             "share/man/man1/SNMPDiscovery.1",
+            "share/man/man1/snmp-inventory.1",
             "share/bash-completion/completions/SNMPDiscovery",
+            "share/bash-completion/completions/snmp-inventory",
+            "share/doc/snmpdiscovery/docs/inventory.md",
+            "share/doc/snmpdiscovery/docs/inventory.schema.json",
             "share/doc/snmpdiscovery/LICENSE",
             "share/doc/snmpdiscovery/README.md",
         ):
@@ -77,6 +84,15 @@ class Installed(shipping.LabTest):
                 self.assertEqual(outcome.out, b"")
                 self.assertIn(b"the current folder was deleted", outcome.err)
 
+    def test_snmp_inventory_finds_the_tool_and_the_modules(self):
+        self.assert_takes_stock(self.prefix / "bin/snmp-inventory")
+
+    def test_snmp_inventory_through_a_link_after_the_tree_was_moved(self):
+        moved = self.folder / "one:two"
+        shutil.move(self.prefix, moved)
+        (self.folder / "link").symlink_to(moved / "bin/snmp-inventory")
+        self.assert_takes_stock(self.folder / "link")
+
     def test_links_to_the_launcher_are_followed(self):
         (self.folder / "first").symlink_to("a prefix/bin/SNMPDiscovery")
         (self.folder / "second").symlink_to(self.folder / "first")
@@ -104,6 +120,8 @@ class Installed(shipping.LabTest):
 class Completion(unittest.TestCase):
     """What the tab key makes of a line, in a real terminal."""
 
+    program = "SNMPDiscovery"
+    source = "completion.bash"
     CASES = {
         "--SN\t": "--SNMPPersistPath=",
         "--SN\tus\t": "--SNMPPersistPath=usr/",
@@ -124,18 +142,44 @@ class Completion(unittest.TestCase):
             for name in ("usr/local", "with blank/inside"):
                 (folder / name).mkdir(parents=True)
             (folder / "usage").touch()
-            source = ROOT / "packaging/completion.bash"
+            source = ROOT / "packaging" / self.source
             with terminal.Bash(folder, source, settings=settings) as bash:
                 for keys, expected in self.CASES.items():
                     with self.subTest(keys):
-                        line = bash.line_after(f"SNMPDiscovery {keys}")
-                        self.assertEqual(line, f"SNMPDiscovery {expected}")
+                        line = bash.line_after(f"{self.program} {keys}")
+                        self.assertEqual(line, f"{self.program} {expected}")
 
     def test_with_words_broken_at_an_equals_sign(self):
         self.completed("")
 
     def test_with_words_that_hold_equals_signs(self):
         self.completed("COMP_WORDBREAKS=${COMP_WORDBREAKS//=}")
+
+
+class CompletionOfInventory(Completion):
+    program = "snmp-inventory"
+    source = "inventory-completion.bash"
+    CASES = {
+        "--no\t": "--no-ask ",
+        "--com\t": "--com",
+        "--form\tz\t": "--format zabbix ",
+        "--format=pro\t": "--format=prometheus ",
+        "--output us\t": "--output us",
+        "--output usr\tlo\t": "--output usr/local/",
+        "--output=usr/lo\t": "--output=usr/local/",
+        "--from=with\t": "--from=with\\ blank/",
+        "--mibs us\t": "--mibs usr/",
+        "--seconds us\t": "--seconds us",
+        "--quiet --pr\t": "--quiet --printers ",
+    }
+
+    def test_every_option_is_known(self):
+        text = (ROOT / "packaging" / self.source).read_text("utf-8")
+        options = run(shipping.build_folder() / "snmp-inventory", "--help")
+        told = re.findall(r"^ +(?:-h,)?(--[a-z-]+)", options, re.MULTILINE)
+        self.assertGreater(len(told), 14)
+        for option in told:
+            self.assertRegex(text, rf"[' ]{option}[ ']")
 
 
 if __name__ == "__main__":

@@ -19,10 +19,16 @@ VERSION = re.search(
 # Of a system with the tool: its files below /usr, as every package lays them out.
 LAYOUT = {
     "bin/SNMPDiscovery",
+    "bin/snmp-inventory",
     "libexec/SNMPDiscovery/SNMPDiscovery",
+    "libexec/SNMPDiscovery/snmp-inventory",
     "share/bash-completion/completions/SNMPDiscovery",
+    "share/bash-completion/completions/snmp-inventory",
     *(f"libexec/SNMPDiscovery/mibs/{path.name}" for path in (ROOT / "mibs").glob("*.txt")),
 }
+
+# The agents of the lab's demo, by number.
+IN_ORDER = ("192.0.2.9", "192.0.2.10", "198.51.100.20", "203.0.113.70")
 
 # All files of the system but those that change with any package.
 LIST = (
@@ -95,6 +101,10 @@ class Debian(shipping.LabTest):
         outcome = self.inside("SNMPDiscovery", code=64, capture=True)
         self.assertEqual(outcome.out, shipping.DEMO_DOCUMENT, outcome.err)
         self.assertTrue(shipping.asks_for_up_time(outcome))
+        outcome = self.inside("snmp-inventory", "--no-ask", "--format", "addresses")
+        self.assertEqual(outcome.out.split(), [a.encode() for a in IN_ORDER], outcome.err)
+        command = ("env", "SNMP_COMMUNITY=secret", "snmp-inventory", "--format", "addresses")
+        self.assertEqual(self.inside(*command).out, b"198.51.100.21\n")
 
         settings = "/etc/snmpdiscovery/SNMPDiscovery.properties"
         script = f"echo 'Community = secret' >{settings}; {AS_NOBODY}"
@@ -106,10 +116,10 @@ class Debian(shipping.LabTest):
         new = self.listed("after") - self.listed("before")
         files = {path.removeprefix("/usr/") for path in new if path.startswith("/usr/")}
         self.assertLessEqual(LAYOUT, files)
-        self.assertIn("share/man/man1/SNMPDiscovery.1.gz", files | {
-            # A minimal Debian may leave manual pages out.
-            *(run("dpkg", "-c", self.deb).replace("./usr/", "").split()),
-        })
+        # A minimal Debian may leave manual pages out.
+        listed = run("dpkg", "-c", self.deb).replace("./usr/", "").split()
+        for program in ("SNMPDiscovery", "snmp-inventory"):
+            self.assertIn(f"share/man/man1/{program}.1.gz", listed)
         self.assertIn(settings, new)
 
         self.outside("sh", "-c", REMOVE)
@@ -178,6 +188,17 @@ class Manual(unittest.TestCase):
         text = re.sub(r".\x08", "", text)
         options = ("--help", "--Community=", "-c name", "--SNMPPersistPath=path")
         for words in (*options, f"SNMPDiscovery {VERSION}", "EXIT STATUS", "64", "70", "78"):
+            self.assertIn(words, text)
+
+    def test_the_page_of_snmp_inventory_is_clean_and_tells_every_option(self):
+        shipping.require("mandoc")
+        page = shipping.build_folder() / "snmp-inventory.1"
+        run("mandoc", "-T", "lint", "-W", "warning", page)
+        text = re.sub(r".\x08", "", run("mandoc", "-T", "ascii", page))
+        help_text = run(shipping.build_folder() / "snmp-inventory", "--help")
+        options = re.findall(r"^ +(?:-h,)?(--[a-z-]+)", help_text, re.MULTILINE)
+        self.assertGreater(len(options), 14)
+        for words in (*options, "SNMP_COMMUNITY", "securityname", "EXIT STATUS"):
             self.assertIn(words, text)
 
 
