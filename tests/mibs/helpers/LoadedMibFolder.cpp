@@ -1,4 +1,4 @@
-#include "tests/mibs/LoadedMibFolder.h"
+#include "tests/mibs/helpers/LoadedMibFolder.h"
 
 #include <algorithm>
 #include <utility>
