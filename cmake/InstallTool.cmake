@@ -70,6 +70,14 @@ install(FILES packaging/inventory-completion.bash RENAME snmp-inventory
     DESTINATION ${completions} COMPONENT runtime)
 snmpdiscovery_install_documents(runtime ${CMAKE_INSTALL_DATADIR}/doc/snmpdiscovery)
 
+# Not CMAKE_INSTALL_LIBDIR: systemd looks into lib, whatever the architecture.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  set(units deploy/systemd/snmpdiscovery.service deploy/systemd/snmpdiscovery.timer)
+  install(FILES ${units} DESTINATION lib/systemd/system COMPONENT runtime)
+  install(FILES deploy/systemd/sysusers.conf RENAME snmpdiscovery.conf
+      DESTINATION lib/sysusers.d COMPONENT runtime)
+endif()
+
 # --- bundle
 
 include(InstallBundle)

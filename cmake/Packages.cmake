@@ -29,6 +29,8 @@ set(CPACK_RPM_PACKAGE_RELOCATABLE ON)
 # Folders of the system's own.
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
     /usr/libexec /usr/share/bash-completion /usr/share/bash-completion/completions
-    /usr/share/man /usr/share/man/man1)
+    /usr/share/man /usr/share/man/man1
+    /usr/lib/systemd /usr/lib/systemd/system /usr/lib/sysusers.d)
+set(CPACK_RPM_POST_INSTALL_SCRIPT_FILE ${PROJECT_SOURCE_DIR}/packaging/rpm/post-install)
 
 include(CPack)

@@ -1,5 +1,5 @@
 """The manifests of deploy/kubernetes, checked offline against the API's schemas, and the
-scripts in them, run."""
+commands in them, run."""
 
 import json
 import os
@@ -37,7 +37,7 @@ class Manifests(unittest.TestCase):
 
     def test_every_manifest_is_valid(self):
         said = self.validate(MANIFEST.read_text("utf-8"), 0)
-        kinds = ("Namespace", "DaemonSet", "CronJob")
+        kinds = ("Namespace", "Secret", "PersistentVolumeClaim", "CronJob", "DaemonSet")
         self.assertEqual(said, "".join(f"{kind} snmpdiscovery\n" for kind in kinds))
 
     def test_every_container_s_memory_has_a_limit(self):
@@ -60,36 +60,66 @@ class Manifests(unittest.TestCase):
         run("yamllint", "-s", "-d", f"{{extends: default, rules: {rules}}}", ROOT / "deploy")
 
 
-class Scripts(shipping.LabTest):
-    """What the containers run, with a tool that stands in for the image's."""
+class Commands(shipping.LabTest):
+    """What the containers run, with folders of the test's in place of the volumes."""
 
-    def scripts(self):
-        found = re.findall(r"- -c\n +- \|\n((?: +.*\n)+?) +env:", MANIFEST.read_text("utf-8"))
-        self.assertEqual(len(found), 2)
-        return [textwrap.dedent(each) for each in found]
+    def setUp(self):
+        super().setUp()
+        self.folder = shipping.work_folder("kubernetes-pod")
+        self.volumes = {"/etc/snmpdiscovery": self.folder / "community", "/reports": self.folder}
+        self.volumes["/etc/snmpdiscovery"].mkdir()
+        self.set_community("public")
+        self.report = self.folder / "here.json"
+        text = MANIFEST.read_text("utf-8")
+        for path in self.volumes:
+            self.assertEqual(text.count(f"mountPath: {path}\n"), 2)
+        (job,) = re.findall(r"command: \[snmp-inventory\]\n +args:\n((?: +- .*\n)+)", text)
+        self.job = ["snmp-inventory", *re.findall(r"- (.*)", job)]
+        (daemon,) = re.findall(r"- -c\n +- \|\n((?: +.*\n)+?) +env:", text)
+        self.daemon = ["sh", "-c", textwrap.dedent(daemon).replace("sleep 3600", "exit 0")]
 
-    def run_script(self, script, tool, code):
-        """Runs it for one round in the lab; returns its outcome."""
-        folder = shipping.work_folder("kubernetes-tool")
-        stand_in = folder / "SNMPDiscovery"
-        stand_in.write_text(f'#!/bin/sh\nexec {tool}\n', "utf-8")
-        stand_in.chmod(0o755)
-        once = script.replace("sleep 3600", "exit 0")
-        path = f"PATH={folder}:{os.environ['PATH']}"
-        return self.in_lab("demo", "env", path, "NODE=here", "sh", "-c", once, code=code)
+    def set_community(self, community):
+        (self.volumes["/etc/snmpdiscovery"] / "community").write_text(community)
 
-    def test_a_run_is_one_line_with_the_node(self):
-        tool = shipping.build_folder() / "SNMPDiscovery"
-        for script in self.scripts():
-            outcome = self.run_script(script, tool, 0)
-            (line,) = outcome.out.decode().splitlines()
-            agents = json.loads(shipping.DEMO_DOCUMENT)
-            self.assertEqual(json.loads(line), {"node": "here", "agents": agents})
+    def start(self, command, code, tool=None):
+        """Runs a pod's command for one round, as a cluster hands it over."""
+        binaries = shipping.work_folder("kubernetes-tool")
+        build = shipping.build_folder()
+        shutil.copy2(build / "snmp-inventory", binaries)
+        shutil.copytree(build / "mibs", binaries / "mibs")
+        if tool is None:
+            shutil.copy2(build / "SNMPDiscovery", binaries)
+        else:
+            (binaries / "SNMPDiscovery").write_text(f"#!/bin/sh\n{tool}\n", "utf-8")
+            (binaries / "SNMPDiscovery").chmod(0o755)
+        words = [word.replace("$(NODE)", "here") for word in command]
+        for path, folder in self.volumes.items():
+            words = [word.replace(path, str(folder)) for word in words]
+        path = f"PATH={binaries}:{os.environ['PATH']}"
+        return self.in_lab("demo", "env", path, "NODE=here", *words, code=code)
 
-    def test_a_run_without_a_document_fails_the_job_and_not_the_daemon(self):
-        daemon, job = self.scripts()
-        self.assertEqual(self.run_script(daemon, "echo usage", 0).out, b"")
-        self.assertEqual(self.run_script(job, "echo usage", 1).out, b"")
+    def test_a_run_leaves_the_node_s_report(self):
+        for command in (self.job, self.daemon):
+            self.start(command, 0)
+            found = [each["hostname"] for each in json.loads(self.report.read_text("utf-8"))]
+            self.assertEqual(sorted(found), sorted(shipping.DEMO))
+            self.report.unlink()
+
+    def test_the_community_is_the_secret_s(self):
+        self.set_community("secret")
+        self.start(self.job, 0)
+        (agent,) = json.loads(self.report.read_text("utf-8"))
+        self.assertEqual(agent["hostname"], "198.51.100.21")
+
+    def test_rubbish_fails_the_job_and_not_the_daemon_and_replaces_no_report(self):
+        self.report.write_text("[]")
+        for tool in ("echo usage", "printf '[{\"hostname\":\"192.0'"):
+            self.start(self.daemon, 0, tool)
+            self.start(self.job, 1, tool)
+            self.assertEqual(self.report.read_text(), "[]")
+
+    def test_the_job_has_no_shell(self):
+        self.assertEqual(MANIFEST.read_text("utf-8").count("/bin/sh"), 1)
 
 
 if __name__ == "__main__":

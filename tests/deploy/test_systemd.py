@@ -1,9 +1,12 @@
 """The units of deploy/systemd: what systemd's own tools say of them, the command that the
-service runs, and that the tool makes no system call that the service denies."""
+service runs, and that it makes no system call that the service denies."""
 
+import json
 import pathlib
 import re
 import shlex
+import shutil
+import stat
 import sys
 import unittest
 
@@ -15,6 +18,7 @@ from shipping import ROOT, run  # noqa: E402
 FOLDER = ROOT / "deploy/systemd"
 SERVICE = FOLDER / "snmpdiscovery.service"
 TIMER = FOLDER / "snmpdiscovery.timer"
+USERS = FOLDER / "sysusers.conf"
 
 # Of 10, where 10 is no protection at all. What remains is the network, which it is for.
 MOST_EXPOSURE = 15  # in tenths
@@ -24,16 +28,23 @@ class Units(unittest.TestCase):
     def setUp(self):
         shipping.require("systemd-analyze")
 
+    def verify(self, unit, *replaced):
+        """What systemd says of a unit, whose program is that of the build."""
+        copy = shipping.work_folder("units") / unit.name
+        program = shipping.build_folder() / "snmp-inventory"
+        text = unit.read_text("utf-8").replace("ExecStart=snmp-inventory", f"ExecStart={program}")
+        for old, new in replaced:
+            self.assertIn(old, text)
+            text = text.replace(old, new)
+        copy.write_text(text, "utf-8")
+        return run("systemd-analyze", "verify", "--man=no", copy)
+
     def test_both_are_valid(self):
         for unit in (SERVICE, TIMER):
-            said = run("systemd-analyze", "verify", "--man=no", unit)
-            self.assertEqual(said, "", unit.name)
+            self.assertEqual(self.verify(unit), "", unit.name)
 
     def test_a_mistake_would_be_found(self):
-        folder = shipping.work_folder("units")
-        wrong = folder / "snmpdiscovery.service"
-        wrong.write_text(SERVICE.read_text("utf-8").replace("Type=oneshot", "Type=once"))
-        said = run("systemd-analyze", "verify", "--man=no", wrong)
+        said = self.verify(SERVICE, ("Type=oneshot", "Type=once"))
         self.assertIn("Failed to parse service type", said)
 
     def test_the_service_is_hardened(self):
@@ -42,6 +53,19 @@ class Units(unittest.TestCase):
 
     def test_the_service_s_memory_has_a_limit(self):
         self.assertEqual(settings("MemoryMax"), ["256M"])
+
+    def test_its_user_and_group_are_made_by_systemd_sysusers(self):
+        shipping.require("systemd-sysusers")
+        root = shipping.work_folder("sysusers")
+        (root / "etc").mkdir()
+        (root / "usr/lib/sysusers.d").mkdir(parents=True)
+        shutil.copy(USERS, root / "usr/lib/sysusers.d/snmpdiscovery.conf")
+        run("systemd-sysusers", f"--root={root}", "snmpdiscovery.conf")
+        (user,) = settings("User")
+        (group,) = settings("Group")
+        users = (root / "etc/passwd").read_text("utf-8")
+        self.assertRegex(users, rf"(?m)^{user}:.*:/usr/sbin/nologin$")
+        self.assertRegex((root / "etc/group").read_text("utf-8"), rf"(?m)^{group}:")
 
     def test_the_timer_runs_every_hour(self):
         text = TIMER.read_text("utf-8")
@@ -72,39 +96,81 @@ class Service(shipping.LabTest):
     def setUp(self):
         super().setUp()
         shipping.require("systemd-analyze", "strace")
-        self.tool = shipping.build_folder() / "SNMPDiscovery"
+        build = shipping.build_folder()
         self.folder = shipping.work_folder("service")
-        for name in ("state", "cache"):
-            (self.folder / name).mkdir()
+        self.report = self.folder / "state/snmpdiscovery/agents.json"
+        self.report.parent.mkdir(parents=True)
+        # Where every package has them: side by side.
+        self.binaries = self.folder / "bin"
+        self.binaries.mkdir()
+        for name in ("SNMPDiscovery", "snmp-inventory"):
+            shutil.copy2(build / name, self.binaries)
+        shutil.copytree(build / "mibs", self.binaries / "mibs")
+        # systemd's file for the service, with the default that stands in the unit.
+        (credential,) = settings("SetCredential")
+        name, _, default = credential.partition(":")
+        self.credential = self.folder / "credentials" / name
+        self.credential.parent.mkdir()
+        self.credential.write_text(default)
 
-    def start(self, tool, code):
-        """Runs the service's command as systemd would, `tool` first on the path."""
-        binaries = shipping.work_folder("service-bin")
-        (binaries / "SNMPDiscovery").write_text(f'#!/bin/sh\nexec {tool} "$@"\n', "utf-8")
-        (binaries / "SNMPDiscovery").chmod(0o755)
-        (command,) = settings("ExecStart")
-        folders = [f"{n.upper()}_DIRECTORY={self.folder / n}" for n in ("state", "cache")]
-        path = f"PATH={binaries}:/usr/bin:/bin"
-        return self.in_lab("demo", "env", path, *folders, *shlex.split(command), code=code)
+    def command(self):
+        """The service's command as systemd would start it."""
+        (text,) = settings("ExecStart")
+        text = text.replace("%S", str(self.folder / "state"))
+        program, *words = shlex.split(text.replace("%d", str(self.credential.parent)))
+        self.assertEqual(program, "snmp-inventory")
+        return [str(self.binaries / program), *words]
 
-    def document(self):
-        path = self.folder / "state/agents.json"
-        return path.read_bytes() if path.exists() else None
+    def start(self, code, *before):
+        umask = f"umask {settings('UMask')[0]}; " + 'exec "$@"'
+        return self.in_lab("demo", "sh", "-c", umask, "sh", *before, *self.command(), code=code)
 
-    def test_a_good_run_succeeds_and_keeps_its_document(self):
-        self.start(shlex.quote(str(self.tool)), 0)
-        self.assertEqual(self.document(), shipping.DEMO_DOCUMENT)
-        self.assertTrue(any((self.folder / "cache").iterdir()))
+    def replace_tool(self, script):
+        (self.binaries / "SNMPDiscovery").write_text(f"#!/bin/sh\n{script}\n", "utf-8")
 
-    def test_a_run_without_a_document_fails_and_keeps_the_last_one(self):
-        (self.folder / "state/agents.json").write_text("[]")
-        self.start("true", 1)
-        self.assertEqual(self.document(), b"[]")
+    def found(self):
+        return [each["hostname"] for each in json.loads(self.report.read_text("utf-8"))]
 
-    def test_the_tool_makes_no_call_that_is_denied(self):
+    def test_a_good_run_writes_the_report_for_the_group(self):
+        self.start(0)
+        addresses = ["192.0.2.9", "192.0.2.10", "198.51.100.20", "203.0.113.70"]
+        self.assertEqual(self.found(), addresses)
+        self.assertEqual(stat.S_IMODE(self.report.stat().st_mode), 0o640)
+        self.assertEqual(settings("StateDirectoryMode"), ["0750"])
+        self.assertEqual([each.name for each in self.report.parent.iterdir()], ["agents.json"])
+
+    def test_rubbish_never_replaces_a_good_report(self):
+        self.report.write_text("[]")
+        for script in ("echo usage", "printf '[{\"hostname\":\"192.0'", "exit 64", "kill -KILL $$"):
+            with self.subTest(script):
+                self.replace_tool(script)
+                self.assertEqual(self.start(1).out, b"")
+                self.assertEqual(self.report.read_text(), "[]")
+
+    def test_a_full_disk_leaves_the_last_report(self):
+        script = """exec 2>&1
+        mount -t tmpfs -o size=16k none "$1" && cd "$1" && shift || exit 9
+        printf "[]" >agents.json
+        head -c 100000 /dev/zero >fill
+        "$@"; echo "ended: $?"
+        cat agents.json"""
+        command = ["sh", "-c", script, "sh", self.report.parent, *self.command()]
+        said = self.in_lab("demo", *command).out.decode()
+        self.assertIn("No space left on device", said)
+        self.assertTrue(said.endswith("ended: 1\n[]"), said)
+
+    def test_the_community_comes_from_a_file_that_only_root_may_read(self):
+        # systemd hands it to the service in a file of its own.
+        (loaded,) = settings("LoadCredential")
+        self.assertEqual(loaded, f"{self.credential.name}:/etc/snmpdiscovery/community")
+        self.credential.write_text("secret\n")
+        self.start(0)
+        self.assertEqual(self.found(), ["198.51.100.21"])
+
+    def test_no_call_is_made_that_is_denied(self):
         trace = self.folder / "trace"
-        command = ["strace", "-f", "-qq", "-o", trace, self.tool]
-        self.in_lab("demo", *command, code=64)
+        self.credential.write_text("secret")
+        self.start(0, "strace", "-f", "-qq", "-o", trace)
         text = trace.read_text("utf-8", "replace")
         made = set(re.findall(r"^[0-9]+ +([a-z0-9_]+)\(", text, re.MULTILINE))
         self.assertIn("sendto" if "sendto" in made else "sendmsg", made)

@@ -20,6 +20,9 @@ VERSION = re.search(
 LAYOUT = {
     "bin/SNMPDiscovery",
     "bin/snmp-inventory",
+    "lib/systemd/system/snmpdiscovery.service",
+    "lib/systemd/system/snmpdiscovery.timer",
+    "lib/sysusers.d/snmpdiscovery.conf",
     "libexec/SNMPDiscovery/SNMPDiscovery",
     "libexec/SNMPDiscovery/snmp-inventory",
     "share/bash-completion/completions/SNMPDiscovery",
