@@ -1,7 +1,6 @@
 #include "fuzz/Fuzzing.h"
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/RoundTrip.h"
-#include "tests/value/StreamConversions.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,7 +1,6 @@
 #include "fuzz/Fuzzing.h"
-#include "tests/value/ReaderComparison.h"
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/RoundTrip.h"
+#include "tests/value/helpers/ReferenceReader.h"
+#include "tests/value/helpers/Values.h"
 #include "value/JSONParser.h"
 
 #include <algorithm>

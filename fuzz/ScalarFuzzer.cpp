@@ -1,6 +1,6 @@
 #include "fuzz/Fuzzing.h"
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/StreamConversions.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 // `Value::parse`: the input is a text that may spell a scalar.
 

@@ -1,6 +1,6 @@
 #include "fuzz/Fuzzing.h"
-#include "tests/value/MemoryBuffer.h"
-#include "tests/value/ReaderTestHelpers.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <functional>
 #include <istream>

@@ -32,7 +32,8 @@ void expectFirst(Scan scan, IsFound isFound)
                     text[position] = static_cast<char>(byte);
                     const bool found = isFound(text[position]);
                     text.back() = '"';
-                    const std::size_t expected = found || position == length - 1 ? position : length - 1;
+                    const std::size_t expected =
+                        found || position == length - 1 ? position : length - 1;
                     ASSERT_EQ(scan(text), expected)
                         << "length " << length << ", byte " << byte << " among " << +filler;
                 }
@@ -43,8 +44,7 @@ void expectFirst(Scan scan, IsFound isFound)
 
 TEST(ByteScanTest, FindTheFirstQuoteOrBackslashWhereverItIs)
 {
-    expectFirst(ByteScan::beforeQuoteOrBackslash,
-                [](char c) { return c == '"' || c == '\\'; });
+    expectFirst(ByteScan::beforeQuoteOrBackslash, [](char c) { return c == '"' || c == '\\'; });
 }
 
 TEST(ByteScanTest, FindTheFirstByteThatIsEscapedWhereverItIs)

@@ -1,12 +1,16 @@
 #include "value/Value.h"
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Values.h"
+#include "value/JSONParser.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <climits>
 #include <cstdint>
+#include <sstream>
 #include <thread>
+#include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -216,6 +220,84 @@ TEST(ValueTest, ManyThreadsMayReadOneValue)
         thread.join();
     }
     EXPECT_EQ(wrong, 0);
+}
+
+template <typename Expected, typename Result>
+constexpr bool gives(Result (Value::*)() const)
+{
+    return std::is_same_v<Result, Expected>;
+}
+
+template <typename Expected, typename Result>
+constexpr bool gives(Result (JSONParser::*)())
+{
+    return std::is_same_v<Result, Expected>;
+}
+
+TEST(ValueInterfaceTest, ResultsHaveTheirTypes)
+{
+    static_assert(gives<bool>(&Value::to_b));
+    static_assert(gives<int>(&Value::to_i));
+    static_assert(gives<long long>(&Value::to_l));
+    static_assert(gives<double>(&Value::to_f));
+    static_assert(gives<std::string>(&Value::to_s));
+    static_assert(gives<std::string>(&Value::to_json));
+    static_assert(gives<std::vector<Value>>(&Value::to_a));
+    static_assert(gives<std::map<std::string, Value>>(&Value::to_h));
+    static_assert(gives<int>(&JSONParser::peekChar));
+    static_assert(gives<int>(&JSONParser::getChar));
+    static_assert(gives<std::uint16_t>(&JSONParser::getHexDigit));
+    static_assert(gives<std::uint16_t>(&JSONParser::getUnicode));
+    static_assert(
+        std::is_same_v<decltype(std::declval<JSONParser&>().getDigits(false, nullptr)), long long>);
+}
+
+TEST(ValueInterfaceTest, StreamOperatorsAreFreeFunctions)
+{
+    std::ostream& (*const insert)(std::ostream&, const Value&) = &::operator<<;
+    std::istream& (*const extract)(std::istream&, Value&) = &::operator>>;
+    std::stringstream stream;
+    ::operator<<(stream, Value(1)) << ' ';
+    insert(stream, Value("a"));
+    Value word;
+    ::operator>>(stream, word);
+    EXPECT_EQ(word.to_s(), "1");
+    extract(stream, word);
+    EXPECT_EQ(word.to_s(), "a");
+}
+
+TEST(ValueInterfaceTest, CopiesAreReturnedAndNoReferences)
+{
+    const Value::Hash hash;
+    const Value value;
+    static_assert(std::is_same_v<decltype(Value::lookup(hash, "", value)), Value>);
+    static_assert(std::is_same_v<decltype(Value::extract(hash, value)), Value>);
+    static_assert(
+        std::is_same_v<decltype(Dynamic::AnyCast<std::string>(std::declval<const Dynamic::Any&>())),
+                       std::string>);
+}
+
+struct NoValue
+{};
+enum class Scoped
+{
+    One
+};
+
+/// Every type converts to a holder. A value is made of holders all the same, not of what they take.
+TEST(ValueInterfaceTest, OnlyHoldersAndTheKindsMakeAValue)
+{
+    static_assert(std::is_constructible_v<Value, Dynamic::Any>);
+    static_assert(std::is_constructible_v<Value, Dynamic::Any&>);
+    static_assert(std::is_constructible_v<Value, const Dynamic::Any&>);
+    static_assert(std::is_nothrow_constructible_v<Value, Dynamic::Any>);
+    static_assert(!std::is_convertible_v<Dynamic::Any, Value>);
+    static_assert(!std::is_constructible_v<Value, NoValue>);
+    static_assert(!std::is_constructible_v<Value, std::vector<int>>);
+    static_assert(!std::is_constructible_v<Value, Scoped>);
+    static_assert(!std::is_constructible_v<Value, int*>);
+    static_assert(!std::is_assignable_v<Value&, NoValue>);
+    static_assert(!std::is_assignable_v<Value&, Dynamic::Any>);
 }
 
 } // namespace

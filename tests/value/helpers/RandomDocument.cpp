@@ -1,4 +1,4 @@
-#include "tests/value/RandomDocument.h"
+#include "tests/value/helpers/RandomDocument.h"
 
 #include <array>
 #include <cstdio>

@@ -1,26 +1,16 @@
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
 
-// Documents nested a million levels deep, read on a small stack, and everything that can then be
-// done with what was read.
+// Documents nested a million levels deep, read on a small stack.
 
 namespace {
 
 constexpr std::size_t deep = 1000000;
-
-std::string repeat(std::string_view text, std::size_t count)
-{
-    std::string all;
-    all.reserve(text.size() * count);
-    for (; count > 0; --count) {
-        all += text;
-    }
-    return all;
-}
 
 struct DeepDocument
 {
@@ -49,10 +39,10 @@ Value read(const std::string& text, std::string* unread = nullptr)
     return value;
 }
 
-class JSONReaderDepthTest : public testing::TestWithParam<DeepDocument>
+class JSONParserDepthTest : public testing::TestWithParam<DeepDocument>
 {};
 
-TEST_P(JSONReaderDepthTest, IsReadAndWritten)
+TEST_P(JSONParserDepthTest, IsReadAndWritten)
 {
     runOnSmallStack([] {
         const std::string text = GetParam().text();
@@ -62,7 +52,7 @@ TEST_P(JSONReaderDepthTest, IsReadAndWritten)
     });
 }
 
-TEST_P(JSONReaderDepthTest, GivesNilWhenCutOff)
+TEST_P(JSONParserDepthTest, GivesNilWhenCutOff)
 {
     runOnSmallStack([] {
         std::string text = GetParam().text();
@@ -76,7 +66,7 @@ TEST_P(JSONReaderDepthTest, GivesNilWhenCutOff)
     });
 }
 
-TEST_P(JSONReaderDepthTest, GivesNilWhenBadDeepInside)
+TEST_P(JSONParserDepthTest, GivesNilWhenBadDeepInside)
 {
     runOnSmallStack([] {
         const DeepDocument document = GetParam().tenth();
@@ -93,47 +83,7 @@ TEST_P(JSONReaderDepthTest, GivesNilWhenBadDeepInside)
     });
 }
 
-TEST_P(JSONReaderDepthTest, IsCopiedAndAssignedAfterReading)
-{
-    runOnSmallStack([] {
-        const std::string text = GetParam().text();
-        Value source = read(text);
-        const Value copy = source;
-        source = nullptr;
-        Value target;
-        target = copy;
-        EXPECT_TRUE(target.to_json() == text);
-        EXPECT_FALSE(target.to_s().empty());
-    });
-}
-
-TEST_P(JSONReaderDepthTest, IsConvertedAfterReading)
-{
-    runOnSmallStack([] {
-        const Value value = read(GetParam().tenth().text());
-        EXPECT_TRUE(value.to_b());
-        EXPECT_EQ(value.to_i(), 0);
-        EXPECT_EQ(value.to_l(), 0);
-        EXPECT_EQ(value.to_f(), 0.0);
-        EXPECT_FALSE(value.to_a().empty());
-        EXPECT_EQ(value.to_h().empty(), value.kind() == Value::Kind::Array);
-    });
-}
-
-TEST_P(JSONReaderDepthTest, IsMergedAfterReading)
-{
-    runOnSmallStack([] {
-        const std::string text = GetParam().tenth().text();
-        Value document = read("{\"k\":" + text + "}");
-        auto& hash = document.holder().get<Value::Hash>();
-        Value::merge_hash_entry(hash, {"k", read(text)});
-        EXPECT_TRUE(hash.at("k").to_json() == text);
-        Value::merge_hash_entry(hash, {"k", nullptr});
-        EXPECT_TRUE(hash.empty());
-    });
-}
-
-TEST_P(JSONReaderDepthTest, IsReplacedByAMemberOfTheSameName)
+TEST_P(JSONParserDepthTest, IsReplacedByAMemberOfTheSameName)
 {
     runOnSmallStack([] {
         const std::string text = GetParam().tenth().text();
@@ -142,7 +92,7 @@ TEST_P(JSONReaderDepthTest, IsReplacedByAMemberOfTheSameName)
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Deep, JSONReaderDepthTest,
+INSTANTIATE_TEST_SUITE_P(Deep, JSONParserDepthTest,
                          testing::Values(DeepDocument{"Arrays", "[", "]", deep},
                                          DeepDocument{"Hashes", "{\"k\":", "}", deep},
                                          DeepDocument{"Mixed", "[{\"k\":", "}]", deep / 2},
@@ -150,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Deep, JSONReaderDepthTest,
                                                       ",\"z\":{}},\"s\"]", deep / 10}),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(JSONReaderDepthTest, OnlyOpeningBracketsGiveNil)
+TEST(JSONParserDepthTest, OnlyOpeningBracketsGiveNil)
 {
     runOnSmallStack([] {
         EXPECT_EQ(read(repeat("[", deep)).kind(), Value::Kind::Nil);
@@ -160,7 +110,7 @@ TEST(JSONReaderDepthTest, OnlyOpeningBracketsGiveNil)
     });
 }
 
-TEST(JSONReaderDepthTest, WhiteSpaceAndBareNamesAtEveryLevel)
+TEST(JSONParserDepthTest, WhiteSpaceAndBareNamesAtEveryLevel)
 {
     runOnSmallStack([] {
         const std::string text = repeat("[ { \"x\" , \"k\"\v:\f", deep / 20) + "[]" +
@@ -171,7 +121,7 @@ TEST(JSONReaderDepthTest, WhiteSpaceAndBareNamesAtEveryLevel)
 }
 
 /// Much that is wide inside much that is deep: nothing is walked through more than once.
-TEST(JSONReaderDepthTest, ManyDeepOnesSideBySide)
+TEST(JSONParserDepthTest, ManyDeepOnesSideBySide)
 {
     runOnSmallStack([] {
         std::string branch = repeat("[{\"k\":", 500) + "1" + repeat("}]", 500);
@@ -179,6 +129,22 @@ TEST(JSONReaderDepthTest, ManyDeepOnesSideBySide)
         const std::string text = repeat("[", 1000) + wide + repeat("]", 1000);
         EXPECT_TRUE(read(text).to_json() == text);
     });
+}
+
+TEST(JSONParserNameTest, EveryByteAfterAName)
+{
+    std::map<int, std::string> special = {{':', "hash{a: array[]} /  / good"},
+                                          {'}', "hash{} / []} / good"}};
+    for (const int consumed : {9, 10, 11, 12, 13, 32, static_cast<int>(',')}) {
+        special[consumed] = "nil / []} / good";
+    }
+    for (int byte = 0; byte < 256; ++byte) {
+        const auto expected = special.find(byte);
+        EXPECT_EQ(outcomeOf("{\"a\"" + byteText(byte) + "[]}"),
+                  expected == special.end() ? "nil / " + byteText(byte) + "[]} / good"
+                                            : expected->second)
+            << byte;
+    }
 }
 
 } // namespace

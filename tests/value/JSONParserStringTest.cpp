@@ -1,87 +1,15 @@
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
 
-// Every byte in every place, and every code unit.
+// Every byte in every place of a string, and every code unit.
 
 namespace {
 
-std::string byteText(int byte)
-{
-    return {static_cast<char>(byte)};
-}
-
-/// "result / unread / state" of a read.
-std::string outcomeOf(const std::string& input)
-{
-    const ReadOutcome outcome = readJSON(input);
-    return describe(outcome.value) + " / " + outcome.unread + " / " + stateText(outcome.state);
-}
-
-TEST(JSONReaderBytesTest, EveryByteAtTheStart)
-{
-    std::map<int, std::string> special = {
-        {'"', "nil /  / eof fail"},     {'[', "nil /  / eof fail"}, {'{', "nil / 1 / good"},
-        {'t', "nil /  / good"},         {'f', "nil /  / good"},     {'n', "nil /  / good"},
-        {'-', "long -1 /  / eof fail"}, {'0', "long 0 / 1 / good"},
-    };
-    for (const int white : {9, 10, 11, 12, 13, 32}) {
-        special[white] = "long 1 /  / eof fail";
-    }
-    for (int digit = '1'; digit <= '9'; ++digit) {
-        special[digit] = "long " + byteText(digit) + "1 /  / eof fail";
-    }
-    for (int byte = 0; byte < 256; ++byte) {
-        const std::string input = byteText(byte) + "1";
-        const auto expected = special.find(byte);
-        EXPECT_EQ(outcomeOf(input),
-                  expected == special.end() ? "nil / " + input + " / good" : expected->second)
-            << byte;
-    }
-}
-
-TEST(JSONReaderBytesTest, EveryByteAfterANumber)
-{
-    std::map<int, std::string> special = {{',', "array[long 1, long 2] /  / good"},
-                                          {'.', "array[real 1.200000] /  / good"},
-                                          {'e', "array[real 100.000000] /  / good"},
-                                          {'E', "array[real 100.000000] /  / good"},
-                                          {']', "array[long 1] / 2] / good"}};
-    for (const int white : {9, 10, 11, 12, 13, 32}) {
-        special[white] = "nil / 2] / good";
-    }
-    for (int digit = '0'; digit <= '9'; ++digit) {
-        special[digit] = "array[long 1" + byteText(digit) + "2] /  / good";
-    }
-    for (int byte = 0; byte < 256; ++byte) {
-        const auto expected = special.find(byte);
-        EXPECT_EQ(outcomeOf("[1" + byteText(byte) + "2]"),
-                  expected == special.end() ? "nil / " + byteText(byte) + "2] / good"
-                                            : expected->second)
-            << byte;
-    }
-}
-
-TEST(JSONReaderBytesTest, EveryByteAfterAName)
-{
-    std::map<int, std::string> special = {{':', "hash{a: array[]} /  / good"},
-                                          {'}', "hash{} / []} / good"}};
-    for (const int consumed : {9, 10, 11, 12, 13, 32, static_cast<int>(',')}) {
-        special[consumed] = "nil / []} / good";
-    }
-    for (int byte = 0; byte < 256; ++byte) {
-        const auto expected = special.find(byte);
-        EXPECT_EQ(outcomeOf("{\"a\"" + byteText(byte) + "[]}"),
-                  expected == special.end() ? "nil / " + byteText(byte) + "[]} / good"
-                                            : expected->second)
-            << byte;
-    }
-}
-
-TEST(JSONReaderBytesTest, EveryByteInAString)
+TEST(JSONParserStringTest, EveryByteInAString)
 {
     for (int byte = 0; byte < 256; ++byte) {
         if (byte == '"' || byte == '\\') {
@@ -93,7 +21,7 @@ TEST(JSONReaderBytesTest, EveryByteInAString)
     EXPECT_EQ(outcomeOf(R"("a"b"x)"), "string a / b\"x / good");
 }
 
-TEST(JSONReaderBytesTest, EveryByteAfterABackslash)
+TEST(JSONParserStringTest, EveryByteAfterABackslash)
 {
     const std::map<int, std::string> escapes = {{'"', "\""}, {'/', "/"},  {'\\', "\\"},
                                                 {'b', "\b"}, {'f', "\f"}, {'n', "\n"},
@@ -110,7 +38,7 @@ TEST(JSONReaderBytesTest, EveryByteAfterABackslash)
     }
 }
 
-TEST(JSONReaderBytesTest, EveryByteAsAHexadecimalDigit)
+TEST(JSONParserStringTest, EveryByteAsAHexadecimalDigit)
 {
     const std::string digits = "0123456789abcdef0123456789ABCDEF";
     for (int byte = 0; byte < 256; ++byte) {
@@ -155,7 +83,7 @@ std::string escaped(unsigned unit)
     return text;
 }
 
-TEST(JSONReaderBytesTest, EveryCodeUnit)
+TEST(JSONParserStringTest, EveryCodeUnit)
 {
     for (unsigned unit = 0; unit < 0x10000; ++unit) {
         const bool highSurrogate = unit >= 0xD800 && unit < 0xDC00;
@@ -164,7 +92,7 @@ TEST(JSONReaderBytesTest, EveryCodeUnit)
     }
 }
 
-TEST(JSONReaderBytesTest, EveryCodeUnitAfterAHighSurrogate)
+TEST(JSONParserStringTest, EveryCodeUnitAfterAHighSurrogate)
 {
     for (unsigned low = 0; low < 0x10000; ++low) {
         const bool lowSurrogate = low >= 0xDC00 && low < 0xE000;
@@ -176,7 +104,7 @@ TEST(JSONReaderBytesTest, EveryCodeUnitAfterAHighSurrogate)
     }
 }
 
-TEST(JSONReaderBytesTest, EveryHighSurrogate)
+TEST(JSONParserStringTest, EveryHighSurrogate)
 {
     for (unsigned high = 0xD800; high < 0xDC00; ++high) {
         const ReadOutcome outcome = readJSON("\"" + escaped(high) + "\\uDFFF\"");
@@ -186,7 +114,7 @@ TEST(JSONReaderBytesTest, EveryHighSurrogate)
     }
 }
 
-TEST(JSONReaderBytesTest, EveryByteAfterAHighSurrogate)
+TEST(JSONParserStringTest, EveryByteAfterAHighSurrogate)
 {
     // Both bytes of the second escape's beginning are consumed with the one that is wrong.
     for (int byte = 0; byte < 256; ++byte) {

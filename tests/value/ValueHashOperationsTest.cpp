@@ -1,4 +1,4 @@
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Values.h"
 #include "value/Value.h"
 
 #include <gtest/gtest.h>

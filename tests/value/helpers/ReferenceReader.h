@@ -1,9 +1,11 @@
 #pragma once
 
+#include "tests/value/helpers/Streams.h"
 #include "value/Value.h"
 
 #include <istream>
 #include <string>
+#include <string_view>
 
 /// What the JSON reader promises, done in the plainest way: by recursion, and with every character
 /// through the stream's own peek() and get(). The tests and fuzzers hold the real reader to it, in
@@ -54,3 +56,8 @@ private:
     std::istream& m_in;
     std::ios_base::iostate m_savedMask;
 };
+
+/// Reads `text` through a buffer of `kind` with `Value::parse_json` and with the reference reader.
+/// Empty if the two agree in the value, the bytes consumed, the stream's state and its exception
+/// mask; else what each of them did.
+std::string readerDifference(std::string_view text, const BufferKind& kind);

@@ -1,4 +1,4 @@
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Values.h"
 #include "value/Value.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ std::string streamed(double number)
     return out.str();
 }
 
-TEST(RealTextTest, WritesNamedReals)
+TEST(NumberTextTest, WritesNamedReals)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -65,7 +65,7 @@ TEST(RealTextTest, WritesNamedReals)
     }
 }
 
-TEST(RealTextTest, WritesRealsAsAStreamDoes)
+TEST(NumberTextTest, WritesRealsAsAStreamDoes)
 {
     const auto check = [](double number) {
         for (const double signedNumber : {number, -number}) {
@@ -132,7 +132,7 @@ private:
     bool m_found = false;
 };
 
-TEST(RealTextTest, TheCLocaleChangesNothing)
+TEST(NumberTextTest, TheCLocaleChangesNothing)
 {
     const DecimalCommaLocale locale;
     if (!locale.found()) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "value/Value.h"
+
 #include <cstddef>
+#include <istream>
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -57,3 +60,44 @@ private:
     BufferKind m_kind;
     std::size_t m_next = 0; ///< the first byte that is neither consumed nor in the get area
 };
+
+/// What a read from a stream leaves behind.
+struct ReadOutcome
+{
+    Value value;
+    std::string unread;           ///< what the stream's buffer still has
+    std::ios_base::iostate state; ///< before anything else touched the stream
+    std::ios_base::iostate mask;
+};
+
+/// "good", or the bits that are set, as in "eof fail".
+std::string stateText(std::ios_base::iostate state);
+
+/// All that the stream's buffer still gives, whatever the stream's state.
+std::string drain(std::istream& in);
+
+/// What `Value::parse_json` makes of a stream over `text`.
+ReadOutcome readJSON(std::string_view text);
+/// The same as one text, "value / unread / state".
+std::string outcomeOf(std::string_view text);
+
+/// The text of one byte.
+std::string byteText(int byte);
+
+// What a text means to a stream in the classic locale, which is what the conversions of strings and
+// `Value::parse` promise.
+
+/// Whether the standard library's streams can be compared with: others than GNU's read hexadecimal
+/// numbers and names of infinities, or refuse subnormal numbers.
+#ifdef __GLIBCXX__
+inline constexpr bool streamsReadPlainNumbers = true;
+#else
+inline constexpr bool streamsReadPlainNumbers = false;
+#endif
+
+int intByStream(const std::string& text);
+long long longByStream(const std::string& text);
+/// Infinity instead of the largest number on overflow.
+double realByStream(const std::string& text);
+/// For a text that is no literal.
+Value scalarByStream(const std::string& text);

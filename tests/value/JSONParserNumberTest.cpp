@@ -1,29 +1,16 @@
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <map>
 
-// Numbers at the bounds of 64 bits, and reals to their last bit. The formula of reals is part of
-// what the reader promises, so they are compared with it and not with the nearest double.
+// Reals to their last bit. Their formula is part of what the parser promises, so they are compared
+// with it and not with the nearest double.
 
 namespace {
-
-class JSONReaderNumberTest : public testing::TestWithParam<ReaderCase>
-{};
-
-TEST_P(JSONReaderNumberTest, Reads)
-{
-    const ReadOutcome outcome = readJSON(GetParam().input);
-    EXPECT_EQ(describe(outcome.value), GetParam().result);
-    EXPECT_EQ(outcome.unread, GetParam().unread);
-    EXPECT_EQ(stateText(outcome.state), GetParam().state);
-}
-
-INSTANTIATE_TEST_SUITE_P(Bounds, JSONReaderNumberTest, testing::ValuesIn(numberBoundCases()),
-                         [](const auto& row) { return row.param.name; });
 
 /// A power of ten as the C library computes it, which for some exponents is not the double nearest
 /// to it; a compiler that knew the exponent would put that there.
@@ -45,10 +32,10 @@ std::ostream& operator<<(std::ostream& os, const RealCase& row)
     return os << row.input;
 }
 
-class JSONReaderRealTest : public testing::TestWithParam<RealCase>
+class JSONParserRealTest : public testing::TestWithParam<RealCase>
 {};
 
-TEST_P(JSONReaderRealTest, ReadsToTheLastBit)
+TEST_P(JSONParserRealTest, ReadsToTheLastBit)
 {
     for (const bool negative : {false, true}) {
         const Value value = readJSON((negative ? "-" : "") + std::string(GetParam().input)).value;
@@ -67,7 +54,7 @@ double real(double magnitude, long long fraction, int count, double exponent = 0
 }
 
 // clang-format off
-INSTANTIATE_TEST_SUITE_P(Formula, JSONReaderRealTest, testing::Values(
+INSTANTIATE_TEST_SUITE_P(Formula, JSONParserRealTest, testing::Values(
     RealCase{"Tenth",              "0.1",           real(0, 1, 1)},
     RealCase{"ThreeTenths",        "0.3",           real(0, 3, 1)},
     RealCase{"ThreeParts",         "12.375e-2",     real(12, 375, 3, -2)},
@@ -101,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Formula, JSONReaderRealTest, testing::Values(
     [](const auto& row) { return std::string(row.param.name); });
 // clang-format on
 
-TEST(JSONReaderRealTest, AnInfinitePowerOfZeroIsNotANumber)
+TEST(JSONParserRealTest, AnInfinitePowerOfZeroIsNotANumber)
 {
     const double notANumber = readJSON("0e999").value.to_f();
     EXPECT_TRUE(std::isnan(notANumber));
@@ -109,7 +96,7 @@ TEST(JSONReaderRealTest, AnInfinitePowerOfZeroIsNotANumber)
 }
 
 /// The magnitude 2^63 is converted as a signed number, and then its sign is turned.
-TEST(JSONReaderRealTest, TheLeastMagnitudeWithAFractionOrExponentIsPositive)
+TEST(JSONParserRealTest, TheLeastMagnitudeWithAFractionOrExponentIsPositive)
 {
     EXPECT_TRUE(identical(readJSON("-9223372036854775808.5").value, 9223372036854775808.0));
     EXPECT_TRUE(identical(readJSON("-9223372036854775808e1").value, 92233720368547758080.0));
@@ -119,7 +106,7 @@ TEST(JSONReaderRealTest, TheLeastMagnitudeWithAFractionOrExponentIsPositive)
 }
 
 /// The fraction is so small that it is 0.0, or so exact that it is not.
-TEST(JSONReaderRealTest, AFractionOfZeroMakesALongHoweverItWasWritten)
+TEST(JSONParserRealTest, AFractionOfZeroMakesALongHoweverItWasWritten)
 {
     const std::string zeros(400, '0');
     EXPECT_EQ(describe(readJSON("7." + zeros).value), "long 7");
@@ -129,7 +116,7 @@ TEST(JSONReaderRealTest, AFractionOfZeroMakesALongHoweverItWasWritten)
     EXPECT_TRUE(identical(readJSON("7." + zeros.substr(0, 30) + "1").value, 7.0));
 }
 
-TEST(JSONReaderRealTest, EveryExponentFollowsTheFormula)
+TEST(JSONParserRealTest, EveryExponentFollowsTheFormula)
 {
     for (int exponent = -400; exponent <= 400; ++exponent) {
         if (exponent != 0) {
@@ -140,7 +127,7 @@ TEST(JSONReaderRealTest, EveryExponentFollowsTheFormula)
     }
 }
 
-TEST(JSONReaderNumberTest, ManyDigitsAreReadToTheirEnd)
+TEST(JSONParserNumberTest, ManyDigitsAreReadToTheirEnd)
 {
     const std::string digits(100000, '9');
     const ReadOutcome fraction = readJSON("0." + digits + "x");
@@ -153,6 +140,28 @@ TEST(JSONReaderNumberTest, ManyDigitsAreReadToTheirEnd)
     const ReadOutcome integer = readJSON("99999999999999999999");
     EXPECT_EQ(describe(integer.value), "nil");
     EXPECT_EQ(integer.unread, "9");
+}
+
+TEST(JSONParserNumberTest, EveryByteAfterANumber)
+{
+    std::map<int, std::string> special = {{',', "array[long 1, long 2] /  / good"},
+                                          {'.', "array[real 1.200000] /  / good"},
+                                          {'e', "array[real 100.000000] /  / good"},
+                                          {'E', "array[real 100.000000] /  / good"},
+                                          {']', "array[long 1] / 2] / good"}};
+    for (const int white : {9, 10, 11, 12, 13, 32}) {
+        special[white] = "nil / 2] / good";
+    }
+    for (int digit = '0'; digit <= '9'; ++digit) {
+        special[digit] = "array[long 1" + byteText(digit) + "2] /  / good";
+    }
+    for (int byte = 0; byte < 256; ++byte) {
+        const auto expected = special.find(byte);
+        EXPECT_EQ(outcomeOf("[1" + byteText(byte) + "2]"),
+                  expected == special.end() ? "nil / " + byteText(byte) + "2] / good"
+                                            : expected->second)
+            << byte;
+    }
 }
 
 } // namespace

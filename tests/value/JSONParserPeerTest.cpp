@@ -1,6 +1,6 @@
-#include "tests/value/RandomDocument.h"
-#include "tests/value/ReaderTestHelpers.h"
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/RandomDocument.h"
+#include "tests/value/helpers/Streams.h"
+#include "tests/value/helpers/Values.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -76,7 +76,7 @@ bool hasWholeReal(const std::string& document)
     return false;
 }
 
-TEST(JSONReaderPeerTest, ReadsTheSameTrees)
+TEST(JSONParserPeerTest, ReadsTheSameTrees)
 {
     RandomDocument random(97);
     for (int count = 0; count < 20000; ++count) {
@@ -86,7 +86,7 @@ TEST(JSONReaderPeerTest, ReadsTheSameTrees)
     }
 }
 
-TEST(JSONReaderPeerTest, WritesWhatThePeerReadsAsTheSameTree)
+TEST(JSONParserPeerTest, WritesWhatThePeerReadsAsTheSameTree)
 {
     RandomDocument random(98);
     for (int count = 0; count < 20000; ++count) {
@@ -96,7 +96,7 @@ TEST(JSONReaderPeerTest, WritesWhatThePeerReadsAsTheSameTree)
     }
 }
 
-TEST(JSONReaderPeerTest, ReadsWhatThePeerWrote)
+TEST(JSONParserPeerTest, ReadsWhatThePeerWrote)
 {
     RandomDocument random(99);
     int compared = 0;
@@ -117,7 +117,7 @@ TEST(JSONReaderPeerTest, ReadsWhatThePeerWrote)
 }
 
 /// This reader accepts more than the peer, but for numbers that are too large, never less.
-TEST(JSONReaderPeerTest, ReadsWhateverThePeerReads)
+TEST(JSONParserPeerTest, ReadsWhateverThePeerReads)
 {
     RandomDocument random(100);
     int bothRead = 0;
@@ -147,10 +147,10 @@ std::ostream& operator<<(std::ostream& os, const DifferenceCase& row)
     return os << row.document;
 }
 
-class JSONReaderDifferenceTest : public testing::TestWithParam<DifferenceCase>
+class JSONParserDifferenceTest : public testing::TestWithParam<DifferenceCase>
 {};
 
-TEST_P(JSONReaderDifferenceTest, IsAsStated)
+TEST_P(JSONParserDifferenceTest, IsAsStated)
 {
     const Peer peer = Peer::parse(GetParam().document, nullptr, false);
     EXPECT_EQ(describe(readJSON(GetParam().document).value), GetParam().value);
@@ -158,7 +158,7 @@ TEST_P(JSONReaderDifferenceTest, IsAsStated)
 }
 
 // clang-format off
-INSTANTIATE_TEST_SUITE_P(OddRules, JSONReaderDifferenceTest, testing::Values(
+INSTANTIATE_TEST_SUITE_P(OddRules, JSONParserDifferenceTest, testing::Values(
     //             name                  document                     this reader            the peer
     DifferenceCase{"BareName",           R"({"a"})",                  "hash{}",              "error"},
     DifferenceCase{"BareNameFirst",      R"({"a","b":1})",            "hash{b: long 1}",     "error"},

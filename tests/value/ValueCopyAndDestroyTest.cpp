@@ -1,4 +1,4 @@
-#include "tests/value/ValueTestHelpers.h"
+#include "tests/value/helpers/Values.h"
 #include "value/Value.h"
 
 #include <gtest/gtest.h>
@@ -10,16 +10,6 @@ namespace {
 
 constexpr std::size_t deep = 1000000;
 constexpr std::size_t deepMixed = 200000; // each level holds several values
-
-std::string repeat(std::string_view text, std::size_t count)
-{
-    std::string all;
-    all.reserve(text.size() * count);
-    for (; count > 0; --count) {
-        all += text;
-    }
-    return all;
-}
 
 /// Arrays and hashes in turn, each with a leaf before and after the nested one.
 Value nestedMixed(std::size_t depth)
@@ -56,15 +46,15 @@ std::ostream& operator<<(std::ostream& os, const DepthCase& row)
     return os << row.name;
 }
 
-class DepthTest : public testing::TestWithParam<DepthCase>
+class ValueDepthTest : public testing::TestWithParam<DepthCase>
 {};
 
-TEST_P(DepthTest, IsDestroyed)
+TEST_P(ValueDepthTest, IsDestroyed)
 {
     runOnSmallStack([] { const Value value = GetParam().make(); });
 }
 
-TEST_P(DepthTest, IsWritten)
+TEST_P(ValueDepthTest, IsWritten)
 {
     runOnSmallStack([] {
         const Value value = GetParam().make();
@@ -73,7 +63,7 @@ TEST_P(DepthTest, IsWritten)
     });
 }
 
-TEST_P(DepthTest, IsCopiedAndAssigned)
+TEST_P(ValueDepthTest, IsCopiedAndAssigned)
 {
     runOnSmallStack([] {
         Value source = GetParam().make();
@@ -88,7 +78,7 @@ TEST_P(DepthTest, IsCopiedAndAssigned)
     });
 }
 
-TEST_P(DepthTest, IsConverted)
+TEST_P(ValueDepthTest, IsConverted)
 {
     runOnSmallStack([] {
         const Value value = GetParam().make();
@@ -103,7 +93,7 @@ TEST_P(DepthTest, IsConverted)
     });
 }
 
-TEST_P(DepthTest, IsLookedUp)
+TEST_P(ValueDepthTest, IsLookedUp)
 {
     runOnSmallStack([] {
         const Value::Hash hash{{"k", GetParam().make()}};
@@ -111,7 +101,7 @@ TEST_P(DepthTest, IsLookedUp)
     });
 }
 
-TEST_P(DepthTest, IsExtracted)
+TEST_P(ValueDepthTest, IsExtracted)
 {
     runOnSmallStack([] {
         const Value::Hash hash{{"k", GetParam().make()}};
@@ -121,7 +111,7 @@ TEST_P(DepthTest, IsExtracted)
     });
 }
 
-TEST_P(DepthTest, IsASelector)
+TEST_P(ValueDepthTest, IsASelector)
 {
     runOnSmallStack([] {
         const Value selector = nestedArrays(1, GetParam().make());
@@ -130,7 +120,7 @@ TEST_P(DepthTest, IsASelector)
     });
 }
 
-TEST_P(DepthTest, IsMergedAndDeleted)
+TEST_P(ValueDepthTest, IsMergedAndDeleted)
 {
     runOnSmallStack([] {
         const std::pair<std::string, Value> entry("k", GetParam().make());
@@ -143,7 +133,7 @@ TEST_P(DepthTest, IsMergedAndDeleted)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Deep, DepthTest,
+    Deep, ValueDepthTest,
     testing::Values(DepthCase{"Arrays", [] { return nestedArrays(deep, 1); },
                               [] { return repeat("[", deep) + "1" + repeat("]", deep); },
                               [] { return repeat("[", deep) + "1" + repeat("]", deep); }},
@@ -161,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
                               }}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(DepthMergeTest, MergesAHashIntoAHashAtEveryDepth)
+TEST(ValueDepthTest2, MergesAHashIntoAHashAtEveryDepth)
 {
     runOnSmallStack([] {
         Value::Hash target{{"k", nestedHashes(deep, Value::Hash{{"x", 1}, {"y", 2}})}};
@@ -172,7 +162,7 @@ TEST(DepthMergeTest, MergesAHashIntoAHashAtEveryDepth)
     });
 }
 
-TEST(DepthTest, EveryDepthAroundTheBoundsIsCopiedWhole)
+TEST(ValueDepthTest, EveryDepthAroundTheBoundsIsCopiedWhole)
 {
     for (std::size_t depth = 0; depth < 70; ++depth) {
         const Value source = nestedMixed(depth);
@@ -181,7 +171,7 @@ TEST(DepthTest, EveryDepthAroundTheBoundsIsCopiedWhole)
     }
 }
 
-TEST(DepthTest, ManyDeepBranchesSideBySide)
+TEST(ValueDepthTest, ManyDeepBranchesSideBySide)
 {
     runOnSmallStack([] {
         Value::Array branches;
@@ -193,7 +183,7 @@ TEST(DepthTest, ManyDeepBranchesSideBySide)
     });
 }
 
-TEST(DepthTest, AShallowBranchOnEitherSideOfEachDeepOne)
+TEST(ValueDepthTest, AShallowBranchOnEitherSideOfEachDeepOne)
 {
     runOnSmallStack([] {
         Value content("end");
@@ -216,7 +206,7 @@ TEST(DepthTest, AShallowBranchOnEitherSideOfEachDeepOne)
     });
 }
 
-TEST(DepthTest, ARawHolderOfADeepArrayIsCopiedAndDestroyed)
+TEST(ValueDepthTest, ARawHolderOfADeepArrayIsCopiedAndDestroyed)
 {
     runOnSmallStack([] {
         const Dynamic::Any any = std::move(nestedArrays(deep, 1).holder());
