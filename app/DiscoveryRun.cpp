@@ -8,10 +8,13 @@
 #include "app/SNMPDiscoveryApp.h"
 #include "app/StandardErrorLog.h"
 #include "app/Subnets.h"
+#include "snmp/Messages.h"
 #include "value/Value.h"
 
 #include <Poco/Path.h>
 #include <Poco/SharedPtr.h>
+
+#include <unistd.h>
 
 #include <iostream>
 #include <map>
@@ -71,7 +74,8 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 
         const std::string persistent = persistentFolder(config().getString("SNMPPersistPath", ""));
         const Path mibs = mibDirectory(config().getString("application.path", ""));
-        StandardErrorLog::install();
+        UVARNETSNMP::RouteMessages(&StandardErrorLog::write,
+                                   StandardErrorLog::withoutWaiting(STDERR_FILENO));
         if (!SNMPSession::Initialize("SNMPDiscovery", persistent, mibs.toString(), "Printer-MIB")) {
             return EXIT_USAGE;
         }

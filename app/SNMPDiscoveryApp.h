@@ -50,9 +50,9 @@ public:
     /// application that `context` points to. Does nothing if `context` or `pdu` is null, or if the
     /// response does not tell its sender. `session` is not used.
     ///
-    /// `pdu` is deliberately never released: it stays allocated until the process ends. Only its
-    /// variable bindings are released, once the sender has been taken: they are what makes a
-    /// response large, and an agent that means harm fills them.
+    /// `pdu` is deliberately never released: it stays allocated until the process ends. Once the
+    /// sender has been taken, its variable bindings and community are released: they are what makes
+    /// a response large, and an agent that means harm fills them.
     static void SNMPCallback(UVARNETSNMP::SNMPSession& session, void* context, snmp_pdu* pdu);
 
     /// Adds an agent's address (dotted-quad text) to the responders. One that is there already

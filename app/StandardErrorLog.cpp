@@ -1,14 +1,9 @@
 #include "app/StandardErrorLog.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,27 +40,7 @@ ssize_t writeSome(int descriptor, const char* text, std::size_t length)
     return ready(descriptor) ? ::write(descriptor, text, length) : 0;
 }
 
-/// Net-SNMP's call for each message. As long as no other handler is there: one comes with a
-/// configuration that wants the messages elsewhere.
-int handle(netsnmp_log_handler* handler, int /*priority*/, const char* text)
-{
-    if (handler->next == nullptr && handler->prev == nullptr) {
-        StandardErrorLog::write(handler->imagic, text);
-    }
-    return 1;
-}
-
 } // namespace
-
-void StandardErrorLog::install()
-{
-    netsnmp_log_handler* const handler =
-        netsnmp_register_loghandler(NETSNMP_LOGHANDLER_STDERR, LOG_DEBUG);
-    if (handler != nullptr) {
-        handler->imagic = withoutWaiting(STDERR_FILENO);
-        handler->handler = &handle;
-    }
-}
 
 int StandardErrorLog::withoutWaiting(int descriptor)
 {

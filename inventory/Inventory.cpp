@@ -15,6 +15,7 @@
 #include "inventory/Progress.h"
 #include "inventory/TableFormat.h"
 #include "inventory/ToolRun.h"
+#include "snmp/Messages.h"
 
 #include <Poco/Exception.h>
 
@@ -92,7 +93,7 @@ public:
         if (access(mibs.c_str(), R_OK | X_OK) != 0) {
             throw Failure("the MIB modules (see --mibs): " + mibs, errno);
         }
-        UVARNETSNMP::SNMPTimedSession::DiscardMessages();
+        UVARNETSNMP::DiscardMessages();
         SNMPSession::Initialize("snmp-inventory", folder.path(), mibs, "Printer-MIB");
         if (!UVARNETSNMP::OID("Printer-MIB::prtGeneralSerialNumber").valid()) {
             throw Failure(mibs + ": holds no Printer-MIB; name the MIB modules by --mibs");

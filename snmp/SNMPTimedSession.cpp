@@ -3,6 +3,8 @@
 
 #include "snmp/SNMPTimedSession.h"
 
+#include "snmp/Sender.h"
+
 #include <net-snmp/library/large_fd_set.h>
 #include <net-snmp/library/snmpusm.h>
 
@@ -10,8 +12,8 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 namespace UVARNETSNMP {
@@ -80,11 +82,6 @@ SNMPTimedSession::~SNMPTimedSession()
         m_sessionPtr = nullptr;
     }
     ReleasePDU(m_response);
-}
-
-void SNMPTimedSession::DiscardMessages()
-{
-    netsnmp_register_loghandler(NETSNMP_LOGHANDLER_NONE, LOG_DEBUG);
 }
 
 snmp_pdu* SNMPTimedSession::Ask(int type, const std::vector<OID>& names, Time deadline)
@@ -221,16 +218,10 @@ int SNMPTimedSession::Take(snmp_pdu& pdu)
     return 1;
 }
 
-/// Net-SNMP's record of a UDP datagram starts with the sender's address.
 bool SNMPTimedSession::FromAgent(const snmp_pdu& pdu) const
 {
-    sockaddr_in from = {};
-    if (pdu.transport_data == nullptr ||
-        pdu.transport_data_length < static_cast<int>(sizeof from)) {
-        return false;
-    }
-    std::memcpy(&from, pdu.transport_data, sizeof from);
-    return from.sin_family == AF_INET && from.sin_addr.s_addr == m_agent.s_addr;
+    const std::optional<in_addr> sender = SenderOf(pdu);
+    return sender && sender->s_addr == m_agent.s_addr;
 }
 
 } // namespace UVARNETSNMP

@@ -44,10 +44,6 @@ public:
     /// or a report of SNMPv3) included.
     bool Heard() const noexcept { return m_heard; }
 
-    /// Discards Net-SNMP's messages from now on. What agents send can cause thousands of them.
-    /// Before Initialize.
-    static void DiscardMessages();
-
 private:
     enum class State
     {

@@ -82,6 +82,20 @@ TEST_F(DiscoveryRun, ProbesEverySubnetTwiceAndPrintsTheRespondersInByteOrder)
     EXPECT_EQ(countOf("close"), 4U);
 }
 
+TEST_F(DiscoveryRun, SendsTheLibrarysMessagesToStandardError)
+{
+    shutdown_snmp_logging(); // what a run before has set up
+    network.initialize = [](auto&&...) {
+        snmp_log(LOG_ERR, "a complaint\n");
+        return true;
+    };
+    application->initWith({});
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(application->run(), 64);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a complaint\n");
+    EXPECT_EQ(output.text(), "[]");
+}
+
 TEST_F(DiscoveryRun, EachPassProbesEverySubnetOnceAndIsFollowedByAPauseOfTwoSeconds)
 {
     std::size_t pauses = 0;

@@ -5,10 +5,6 @@
 
 #include "snmp/SNMPSession.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
-
 #include <Poco/AutoPtr.h>
 
 #include <arpa/inet.h>

@@ -5,10 +5,6 @@
 
 #include "tests/support/Guards.h"
 
-#include <net-snmp/net-snmp-config.h>
-
-#include <net-snmp/net-snmp-includes.h>
-
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -70,26 +66,6 @@ public:
 
 private:
     int m_ends[2] = {-1, -1}; ///< for reading, without waiting, and for writing
-};
-
-/// Standard error leads to another descriptor for a scope.
-class RedirectedError
-{
-public:
-    explicit RedirectedError(int descriptor) : m_former(dup(STDERR_FILENO))
-    {
-        EXPECT_EQ(dup2(descriptor, STDERR_FILENO), STDERR_FILENO);
-    }
-    ~RedirectedError()
-    {
-        dup2(m_former, STDERR_FILENO);
-        close(m_former);
-    }
-    RedirectedError(const RedirectedError&) = delete;
-    RedirectedError& operator=(const RedirectedError&) = delete;
-
-private:
-    int m_former;
 };
 
 std::string contents(const std::string& file)
@@ -214,49 +190,6 @@ TEST(StandardErrorLog, WithoutADescriptorNothingIsWritten)
     errno = ENOENT;
     StandardErrorLog::write(-1, "text");
     EXPECT_EQ(errno, ENOENT) << "as it was";
-}
-
-/// Net-SNMP's own logging, without what a process entry before has left in it, given back at the
-/// end.
-class StandardErrorLogInstalled : public testing::Test
-{
-protected:
-    StandardErrorLogInstalled() { shutdown_snmp_logging(); }
-    ~StandardErrorLogInstalled() override { shutdown_snmp_logging(); }
-};
-
-TEST_F(StandardErrorLogInstalled, NetSNMPsMessagesArrive)
-{
-    const Channel channel(false);
-    const RedirectedError error(channel.writer());
-    StandardErrorLog::install();
-    snmp_log(LOG_ERR, "said %d times\n", 1);
-    snmp_log(LOG_DEBUG, "and less important\n");
-    EXPECT_EQ(channel.read(), "said 1 times\nand less important\n");
-}
-
-TEST_F(StandardErrorLogInstalled, AFloodOfThemDoesNotWait)
-{
-    const Channel channel(false);
-    const RedirectedError error(channel.writer());
-    StandardErrorLog::install();
-    for (int i = 0; i < floodOfLines; ++i) {
-        snmp_log(LOG_ERR, "complaint number %d\n", i);
-    }
-    EXPECT_EQ(channel.read().substr(0, 19), "complaint number 0\n");
-}
-
-TEST_F(StandardErrorLogInstalled, AnotherPlaceInTheConfigurationIsTheOnlyOne)
-{
-    const TemporaryDirectory directory;
-    const std::string name = directory.path() / "log";
-    const Channel channel(false);
-    const RedirectedError error(channel.writer());
-    StandardErrorLog::install();
-    snmp_enable_filelog(name.c_str(), 0);
-    snmp_log(LOG_ERR, "elsewhere\n");
-    EXPECT_EQ(channel.read(), "");
-    EXPECT_NE(contents(name).find("elsewhere\n"), std::string::npos) << contents(name);
 }
 
 } // namespace
