@@ -16,7 +16,7 @@ snmpd       Debian's agent in a namespace
 responder   an agent of the lab's own, with chosen faults
 agents      starting agents and waiting until they answer
 capture     what passed the host's interfaces
-observer    what a command costs
+observer    measures what a command costs
 drawing     a topology as text
 session     one lab from the first bridge to the command's exit code
 api         a lab in one call, for tests
@@ -25,4 +25,4 @@ cli         the command line
 
 
 class LabError(Exception):
-    """The lab cannot do what was asked; the text is for the person who asked."""
+    """The lab cannot do what was asked. The message is for the user."""

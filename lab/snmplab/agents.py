@@ -23,8 +23,8 @@ _PACKAGE_PARENT = str(pathlib.Path(__file__).resolve().parent.parent)
 
 
 def python_program(module: str, *arguments: str) -> List[str]:
-    """The command that runs a module of this package, whatever Python settings the
-    environment holds."""
+    """The command that runs a module of this package. Python's own environment variables
+    do not affect it."""
     code = f"import sys; sys.path.insert(0, {_PACKAGE_PARENT!r}); "
     code += f"from snmplab import {module}; sys.exit({module}.main(sys.argv))"
     return [sys.executable, "-I", "-B", "-c", code, *arguments]
@@ -87,8 +87,8 @@ class Agents:
         self._give_up(agent, f"no answer within {_READY_SECONDS} s")
 
     def _await_line(self, agent: Agent, process) -> None:
-        """Waits for the line with which the responder says that it listens: it may be
-        configured not to answer."""
+        """Waits for the line that the responder prints when it listens. A request would not
+        do: the responder may be configured not to answer."""
         if select.select([process.stdout], [], [], _READY_SECONDS)[0]:
             if process.stdout.readline() == b"ready\n":
                 return

@@ -14,7 +14,7 @@ TIME_TICKS = 0x43
 
 
 class BerError(ValueError):
-    """The octets are no such value."""
+    """The octets do not encode the expected value."""
 
 
 def element(tag: int, content: bytes) -> bytes:

@@ -1,5 +1,5 @@
-"""Checked access to decoded JSON. Callers take each value by name and type; a value that
-nobody took is an error, and every error names its place."""
+"""Checked access to decoded JSON. Callers take each value by name and type. A value that no
+caller took is an error, and every error names its place."""
 
 from __future__ import annotations
 

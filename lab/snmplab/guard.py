@@ -1,11 +1,10 @@
 """Proofs that a network namespace is the lab's and not the machine's own.
 
-Two moments need one. When the lab has made a namespace, it must be new: another
-inode than the one that the lab came from and the one of the machine's first process,
-with nothing in it but an unconfigured loopback device (`require_fresh`). And when
-something that broadcasts is about to start, it must be on the lab's host
-(`require_inside`). Neither trusts a single sign: a variable can be inherited, and an
-inode number can be used again.
+The lab needs a proof twice. A namespace that it has made must be new: its inode is
+neither that of the lab's caller nor that of the machine's first process, and it holds
+only an unconfigured loopback device (`require_fresh`). Something that broadcasts must
+run on the lab's host (`require_inside`). Both check several signs, because one alone can
+mislead: a variable can be inherited, and an inode number can be reused.
 """
 
 from __future__ import annotations

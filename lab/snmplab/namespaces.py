@@ -34,9 +34,9 @@ class Namespace:
 
     @classmethod
     def create(cls, name: str) -> "Namespace":
-        """A new namespace, proved to be none that was there before; its loopback device
-        is up, it forwards nothing and takes packets whatever way they come. The caller
-        stays where it is."""
+        """A new namespace, checked by guard.require_fresh. Its loopback device is up, it
+        forwards nothing, and it accepts packets from any source (no reverse-path filter).
+        The caller stays in its own namespace."""
         before = cls.current("before")
         kernel.unshare(kernel.CLONE_NEWNET)
         try:

@@ -78,7 +78,7 @@ def _links() -> list:
 
 
 def _carrying(names) -> bool:
-    """Before this is true the kernel drops what is sent."""
+    """Whether the interfaces have a carrier. Until then the kernel drops what is sent."""
     up = {link["ifname"] for link in _links() if link["operstate"] == "UP"}
     return names <= up
 

@@ -91,8 +91,8 @@ class _Watch(threading.Thread):
 
 
 def _memory(seen: int, told: int) -> int:
-    """wait4's figure is exact, but a child starts with this program's own peak. So it
-    counts only if it is larger than that."""
+    """The peak of the child in kB. The figure of wait4 is exact, but a child starts with
+    this program's own peak, so it is used only if it is larger than that."""
     return told if told > _peak(os.getpid()) else seen
 
 

@@ -117,8 +117,8 @@ def _interface(fields: Fields, subnets: Dict[str, Any]) -> Interface:
 
 
 def _address(text: str, network, where: str) -> AnyInterface:
-    """An address with the length of its own prefix, or with its subnet's, in which it
-    must then be."""
+    """An address with a prefix of its own, or with its subnet's prefix; in the second
+    case it must be in that subnet."""
     try:
         own_prefix = "/" in text
         whole = text if own_prefix else f"{text}/{network.prefixlen}"

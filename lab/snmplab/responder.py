@@ -1,5 +1,5 @@
-"""The lab's own agent: answers every GET and GETNEXT of its community with the time
-since it started, whatever was asked for, and departs from a plain agent as its
+"""The lab's own agent. It answers every GET and GETNEXT of its community with the time
+since it started, whatever object was asked for, and differs from a plain agent as its
 behaviour says. It shares no code with Net-SNMP.
 
 Run as a program with one argument, a JSON object of "community" and the members of

@@ -43,7 +43,7 @@ REPEATED = 2
 
 
 def watch(folder, mask):
-    """A descriptor that is ready once the event has happened."""
+    """A descriptor that becomes readable when the event has happened."""
     libc = ctypes.CDLL(None, use_errno=True)
     descriptor = libc.inotify_init1(os.O_CLOEXEC)
     if descriptor < 0 or libc.inotify_add_watch(descriptor, os.fsencode(folder), mask) < 0:
@@ -66,7 +66,7 @@ def prepare(tree, trap, target):
 
 
 def strike(tree, place):
-    """Puts the tree, or the folder in it, into its place. Whether either was possible."""
+    """Renames the tree, or the folder in it, to the tool's place. Whether either was possible."""
     for source, destination in ((tree, place), (tree / "snmp-persist", place / "snmp-persist")):
         try:
             os.rename(source, destination)
@@ -77,8 +77,8 @@ def strike(tree, place):
 
 
 def attack(other, folders, trap, trigger, started):
-    """The other user's process; ends with 0 if something was slipped in, with 1 if not. Says that
-    it is ready by a line on standard output; `started` tells when the tool is about to start."""
+    """The other user's process; ends with 0 if something was slipped in, with 1 if not. Prints a
+    line when it is ready. `started` becomes readable when the tool is about to start."""
     os.setgroups([])
     os.setgid(other)
     os.setuid(other)
@@ -96,7 +96,7 @@ def attack(other, folders, trap, trigger, started):
         select.select([event], [], [], 4)
     else:
         strikes = time.monotonic() + trigger / 1000
-        while time.monotonic() < strikes:  # busily: a sleep may end too late
+        while time.monotonic() < strikes:  # a busy loop, because a sleep may end too late
             pass
     slipped = strike(tree, place)
     while not slipped and time.monotonic() < until:
@@ -106,7 +106,7 @@ def attack(other, folders, trap, trigger, started):
 
 
 def one_try(executable, mibs, other, _turn, trap, trigger):
-    """What became of one run."""
+    """Runs the tool once; returns the outcome as `main` prints it."""
     with tempfile.TemporaryDirectory(prefix="snmpdiscovery-") as name:
         top = pathlib.Path(name)
         top.chmod(0o755)
@@ -165,7 +165,7 @@ def one_try(executable, mibs, other, _turn, trap, trigger):
 
 def main(executable, mibs, other):
     tries = list(itertools.product(range(REPEATED), TRAPS, (*EVENTS, *DELAYS)))
-    # Each in a process of its own: a fork of one with threads could hang by itself.
+    # Each try in a process of its own: a fork of a process with threads can hang.
     with concurrent.futures.ProcessPoolExecutor(AT_ONCE) as pool:
         running = [pool.submit(one_try, executable, mibs, int(other), *each) for each in tries]
         json.dump([each.result() for each in running], sys.stdout)

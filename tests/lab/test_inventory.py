@@ -16,7 +16,7 @@ PRINTER, SECURE, SECURE_AGENT = "printer", "snmpv3", "192.0.2.30"
 
 AUTHENTIC = "authprotocol = SHA\nauthpassphrase = authentic-phrase\n"
 
-# What must not be left behind, whatever ended the program: its folder, its child.
+# What the program must not leave behind, however it ended: its folder and its child.
 LEFTOVERS = """
 for turn in $(seq 40); do
     left=$(ls -d "$TMPDIR"/snmp-inventory-* /tmp/snmp-inventory-* 2>/dev/null; \

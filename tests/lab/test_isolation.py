@@ -1,4 +1,4 @@
-"""The lab is never where it came from, and nothing of it stays."""
+"""A lab never runs in the caller's namespaces, and leaves nothing behind."""
 
 import os
 import pathlib
@@ -22,8 +22,8 @@ INSIDE = str(harness.LAB / "inside")
 
 
 class Outside(unittest.TestCase):
-    """These run in the machine's own namespace, and send nothing: every one of them
-    must be refused."""
+    """These commands start in the machine's own namespace. Each must be refused before it
+    sends anything."""
 
     def test_the_namespace_it_came_from_is_refused(self):
         with self.assertRaisesRegex(LabError, "that the lab came from"):

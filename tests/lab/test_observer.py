@@ -1,4 +1,4 @@
-"""What a command costs, as the lab's observer tells it."""
+"""The lab's observer: the figures that it reports for a command."""
 
 import sys
 import unittest
@@ -53,7 +53,7 @@ class Observer(unittest.TestCase):
         found = observer.observe(python(code), 60)
         lasted = found["seconds"] - found["processor"]
         self.assertGreaterEqual(found["waited"], 0)
-        self.assertLess(found["waited"], lasted + 0.2)  # what it did not run, it waited
+        self.assertLess(found["waited"], lasted + 0.2)  # it waited whenever it did not run
 
     def test_datagrams_of_the_namespace(self):
         harness.require_namespaces()

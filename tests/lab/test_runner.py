@@ -1,4 +1,4 @@
-"""The runner itself: a case that fails must fail it."""
+"""The runner itself: it must fail when a case fails."""
 
 import pathlib
 import subprocess

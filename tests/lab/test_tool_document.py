@@ -51,7 +51,7 @@ class Documents(ToolTest):
     def test_nothing_else_is_on_standard_output_and_only_net_snmp_speaks_beside_it(self):
         outcome = self.discover(office(laser()))
         self.assertEqual(outcome.out, b'[{"hostname":"192.0.2.9"}]')
-        # Net-SNMP tells of the persistent folders that it makes; no other message.
+        # Net-SNMP reports the persistent folders that it makes. There is no other message.
         for line in outcome.err.splitlines():
             self.assertRegex(line, b"^Created directory: ")
 

@@ -1,5 +1,5 @@
-"""What the tool does when a folder or a file that it counts on is missing or spoilt, and
-what it never says."""
+"""What the tool does when a folder or a file that it needs is missing or damaged, and
+what it never prints."""
 
 import os
 import pathlib
@@ -46,8 +46,8 @@ class FaultTest(ToolTest):
 
 
 class Modules(FaultTest):
-    """Without its modules the tool cannot tell what sysUpTime.0 is, and asks for nothing known. An
-    agent answers that as well, with an error status, and is found."""
+    """Without its modules the tool cannot resolve sysUpTime.0, and asks for an object that
+    does not exist. An agent that answers with an error status is found all the same."""
 
     def test_folder_is_missing(self):
         shutil.rmtree(self.mibs)
@@ -114,7 +114,7 @@ class Configuration(FaultTest):
 
 
 class Secrets(FaultTest):
-    """The community is said to agents and to nobody else."""
+    """The community goes to agents and nowhere else."""
 
     SECRET = "opensesame"
 

@@ -1,10 +1,10 @@
-"""Networks that mean harm, or have bad luck: the well-formed responders and only they
-are in the document, the run ends when it always does, and memory stays bounded.
+"""Hostile and broken networks. The document lists the well-formed responders and nobody
+else, a run takes as long as ever, and memory grows only with the well-formed answers,
+which are kept.
 
-A well-formed responder is whoever sends a message that Net-SNMP parses as SNMPv1, with
-the request's identifier in it: its PDU's type, error-status, community and sender's
-address do not matter, as in SNMPSession::Get. Memory is bounded but for their answers:
-each is kept.
+A well-formed responder is whoever sends a message that Net-SNMP parses as SNMPv1 and that
+has the request's identifier. The PDU's type, its error-status, the community and the
+sender's address do not matter, as in SNMPSession::Get.
 """
 
 import concurrent.futures
@@ -23,15 +23,15 @@ from snmplab import api
 FIRST = ipaddress.ip_address("198.18.16.0")  # of the hostile agents
 GOOD = {f"198.18.1.{number}" for number in range(20)}
 
-# Seconds that a hostile network may add to a run, and what a busy machine may.
+# Seconds that a hostile network may add to a run, and that a busy machine may add.
 MORE = 0.2
 MORE_WHEN_BUSY = 10.0
 ATTEMPTS = 3
 
-# Kilobytes of resident memory that it may add: the response PDUs, which are kept.
+# Kilobytes of resident memory that a network may add: the response PDUs, which are kept.
 MORE_MEMORY = 12000
-# And what each of two workers holds of a datagram of 60 kB full of variable bindings while
-# it is read, twice: as Net-SNMP parsed it, and the copy for the callback.
+# The same with datagrams of 60 kB full of variable bindings. While one is read, each of two
+# workers holds it twice: as Net-SNMP parsed it, and as the copy for the callback.
 MORE_MEMORY_FOR_LARGE = 40000
 # Octets of each answer that is kept; SECURITY.md has the figure.
 MOST_OF_AN_ANSWER = 700
@@ -70,8 +70,9 @@ def listed(result):
 
 
 def busy(tasks=8):
-    """Whether more than so many tasks want each processor; said loudly. Up to eight are
-    the tests of this folder side by side, which leave the tool its time."""
+    """Whether more than `tasks` tasks want each processor; prints a message if so. Eight
+    are what the tests of this folder make when they run side by side, and the tool still
+    gets its time then."""
     found = os.getloadavg()[0] > tasks * os.cpu_count()
     if found:
         print("a busy machine: not everything is checked", file=sys.stderr)
@@ -101,9 +102,9 @@ class Hostile(ToolTest):
 
     def run_beside_a_quiet_one(self, topology, command=None):
         """Runs the tool in `topology`, and at the same time in a network without hostile
-        agents, which shows what the machine makes of a run just now. Checks everything
-        but the document. Two runs that are too far apart are made again: a network that
-        adds to a run does so each time, the machine's other work does not."""
+        agents, which shows how long a run takes on the machine as it is now. Checks
+        everything but the document. If the times differ too much, both run again: a network
+        that makes a run longer does so each time, the machine's other work does not."""
         command = command or [str(self.tool)]
         for attempt in range(ATTEMPTS):
             with concurrent.futures.ThreadPoolExecutor(2) as pool:
@@ -125,7 +126,7 @@ class Hostile(ToolTest):
         return self.fail(f"{more:.3f} s more than beside quiet agents, in {ATTEMPTS} attempts")
 
     def found(self, behaviour, agents, *options):
-        """The hostile agents in the document; the plain ones are checked to be."""
+        """The hostile agents in the document. Checks that all plain ones are in it."""
         topology = network("--behaviour", behaviour, "--agents", str(agents), *options)
         found = listed(self.run_beside_a_quiet_one(topology))
         self.assertEqual(GOOD - found, set())
@@ -138,7 +139,7 @@ class Hostile(ToolTest):
         self.assertEqual(self.found("random", 1473), set())
 
     def test_mutated_answers(self):
-        # Some of them are answers still, so there is no telling which are listed.
+        # Some mutants are still answers, so it is not known which agents are listed.
         everyone = numbers(*range(2000))
         self.assertEqual(self.found("mutated", 2000) - everyone, set())
 
@@ -193,7 +194,7 @@ class Hostile(ToolTest):
         self.assertEqual(found, numbers(*range(20)))
 
     def test_a_flood_of_junk_for_the_whole_run(self):
-        # Rather less than would fill a buffer of 208 kB before it is read.
+        # Not enough to fill a buffer of 208 kB before it is read.
         found = self.found("random", 1000, "--flood", "5000", "--ignore", "1000")
         self.assertEqual(found, set())
 

@@ -18,17 +18,17 @@ ON_A_WIRE = 40
 # POCO's, of a run that failed.
 EXIT_SOFTWARE = 70
 
-# Seconds that the run may take beyond those of a host with one interface, which pay for
-# the start of the threads and the printing of their many turns on a machine with few
-# cores; sanitizers multiply them.
+# Seconds that a run may take beyond those of a host with one interface. A machine with few
+# cores needs them to start the threads and to give each of them its turns. Sanitizers
+# multiply them.
 SECONDS = (7.0, 40.0)
 
 
 def network(number):
     """A host with `number` interfaces, each with a subnet of its own, and an agent on the
-    host itself, which answers every broadcast from the address that the host has there.
-    (For agents elsewhere the kernel would need an entry for each in its one table of
-    neighbours, and that has room for 1,024 of all namespaces.)"""
+    host itself, which answers every broadcast from the host's address in that subnet.
+    (Agents elsewhere would each need an entry in the kernel's table of neighbours. All
+    namespaces share that table, which has room for 1,024.)"""
     subnets, interfaces = {}, []
     for index, address in enumerate(addresses(number)):
         wire = f"w{index // ON_A_WIRE}"
@@ -100,7 +100,7 @@ class ManyInterfaces(ToolTest):
         outcome = api.run_in_lab(network(30), [*command, str(tool)])
         self.assertEqual(outcome.code, EXIT_SOFTWARE, outcome.err)
         self.assertEqual(outcome.out, b"")
-        # The workers that were started are waited for: they listen for five seconds.
+        # The run waits for the workers that were started: they listen for five seconds.
         self.assertGreaterEqual(outcome.seconds, 5.0)
         self.assertLess(outcome.seconds, 8.0)
 

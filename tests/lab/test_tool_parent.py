@@ -24,7 +24,7 @@ SECONDS_MORE = 2.0
 
 class ParentTest(ToolTest):
     def under(self, mode, *, topology=None, env=None, settings=(), **more):
-        """What the parent tells of the tool."""
+        """What the parent reports about the tool."""
         outcome = api.run_in_lab(
             topology or office(LASER),
             [sys.executable, "-B", PARENT, mode, *settings, str(self.tool)],
@@ -102,8 +102,8 @@ class Descriptors(ParentTest):
 
 
 class Signals(ParentTest):
-    """The default action: the process is gone at once. What Net-SNMP has promised on disk is
-    whole: a later run goes on from the state before."""
+    """A signal has its default action: the process ends at once. The state on disk is whole,
+    and a later run continues from it."""
 
     def assert_ends_at_once(self, name, seconds, topology=None):
         folder = self.folder()

@@ -1,5 +1,5 @@
 """The default persistent folder lies in a directory where everybody can write. Another user
-who is there first must not get the tool to read his configuration or to write where he
+who creates it first must not make the tool read his configuration or write where he
 wants."""
 
 import json
@@ -82,7 +82,7 @@ class PersistenceTest(ToolTest):
         )
 
     def plant_fifo(self):
-        """Who opens the other user's FIFO to read it waits for ever."""
+        """Whoever opens the other user's FIFO for reading waits for ever."""
         as_other('mkdir -p "$1/cert_indexes"; mkfifo "$1/cert_indexes/0"', self.folder)
 
     def plant_link(self):
@@ -147,8 +147,8 @@ class Foreign(PersistenceTest):
         self.assertFalse(self.target.exists())
 
     def test_the_traps_do_work_where_the_user_walks_into_them(self):
-        # What the other cases look for would be seen: a folder that the user names is
-        # used as it is.
+        # Control: the other cases would notice a trap that works. A folder that the user
+        # names is used as it is.
         self.plant_configuration()
         self.run_tool(f"--SNMPPersistPath={self.folder}")
         self.assertTrue(self.target.exists())
@@ -175,10 +175,10 @@ class Race(PersistenceTest):
                 self.assertTrue(each["ended"], each)
                 self.assertEqual((each["code"], each["out"]), (EXIT_CODE, "[]"), each)
                 self.assertFalse(each["touched"], each)
-                # A tree that came first is judged; one that came later found no place.
+                # The tool checks a tree that was there first; a later one found the place taken.
                 if each["slipped"]:
                     self.assertNotIn("SNMPDiscoveryApp", each["err"], each)
-        # An early strike does find its place, so the others failed for the tool's sake.
+        # Control: an early strike succeeds, so the others failed because of the tool.
         self.assertTrue(any(each["slipped"] for each in tries if each["trigger"] == 0))
 
 

@@ -8,9 +8,9 @@ from tool import ToolTest, sent
 
 from snmplab import ber, message
 
-# A request is sent again when its answers did not end it within three seconds; the
-# pauses are two seconds. What is measured from can itself be late on a busy machine, and
-# then the next looks early.
+# A request that no answer has ended is resent after three seconds; the pauses are two
+# seconds. On a busy machine the first of two datagrams can be late, and then the second
+# looks early.
 LATE = 0.9
 EARLY = 0.5
 

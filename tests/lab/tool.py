@@ -8,7 +8,7 @@ import harness
 
 from snmplab import api
 
-# Of every run, whatever it found; callers tell success by the document.
+# Of every run, whatever it found: the document shows whether a run succeeded.
 EXIT_CODE = 64
 
 # Two passes of two seconds without a subnet; with one, the workers of the second pass
