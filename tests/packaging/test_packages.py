@@ -169,7 +169,7 @@ class Others(unittest.TestCase):
         inside = {path.partition("/")[2] for path in files}
         self.assertEqual(len({path.partition("/")[0] for path in files}), 1)
         self.assertLessEqual(LAYOUT, inside)
-        self.assertFalse({path for path in inside if path.startswith(("include", "lib/"))})
+        self.assertFalse({path for path in inside if path.startswith(("include", "lib/lib", "lib/cmake"))})
 
     def test_the_formula_names_the_source_archive_by_its_sum(self):
         text = self.formula.read_text("utf-8")
