@@ -34,7 +34,7 @@ MORE_MEMORY = 12000
 # workers holds it twice: as Net-SNMP parsed it, and as the copy for the callback.
 MORE_MEMORY_FOR_LARGE = 40000
 # Octets of each answer that is kept; SECURITY.md has the figure.
-MOST_OF_AN_ANSWER = 700
+MOST_OF_AN_ANSWER = 400
 
 
 def numbers(*wanted):
