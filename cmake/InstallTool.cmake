@@ -12,7 +12,8 @@
 set(snmpdiscovery_private_dir ${CMAKE_INSTALL_LIBEXECDIR}/SNMPDiscovery)
 file(GLOB mib_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mibs/*.txt)
 set(documents README.md CHANGELOG.md SECURITY.md LICENSE)
-file(GLOB guides CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json)
+file(GLOB guides CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json
+    ${PROJECT_SOURCE_DIR}/docs/*.png)
 list(FILTER guides EXCLUDE REGEX "/reference\\.md$")  # a page of the generated reference
 
 # snmpdiscovery_install_documents(component folder [more options of install()])

@@ -23,7 +23,7 @@ constexpr std::string_view head = R"(<!DOCTYPE html>
 body { font: 1rem/1.45 system-ui, sans-serif; margin: 1.5rem auto; max-width: 80rem; padding: 0 1rem; }
 h1 { font-size: 1.4rem; margin: 0; }
 .dim { color: var(--dim); }
-main { display: grid; gap: 1rem; grid-template-columns: repeat(auto-fill, minmax(min(100%, 20rem), 1fr)); margin-top: 1rem; }
+main { display: grid; gap: 1rem; align-items: start; grid-template-columns: repeat(auto-fill, minmax(min(100%, 20rem), 1fr)); margin-top: 1rem; }
 article { border: 1px solid var(--line); border-radius: .5rem; padding: .75rem 1rem; overflow-wrap: anywhere; }
 h2 { font-size: 1.05rem; margin: 0; }
 p { margin: .15rem 0; white-space: pre-line; }
@@ -35,7 +35,7 @@ meter { width: 100%; height: 1rem; }
 .supply { display: grid; grid-template-columns: 1fr auto; gap: 0 .75rem; margin-top: .4rem; }
 .supply meter { grid-column: 1 / -1; }
 @media (prefers-color-scheme: dark) { :root { --line: #3d444d; --dim: #9198a1; --bad: #ff9a8d; } }
-@media print { body { margin: 0; max-width: none; } article { break-inside: avoid; } main { grid-template-columns: 1fr 1fr; } }
+@media print { body { margin: 0; max-width: none; } article { break-inside: avoid; } main { grid-template-columns: 1fr 1fr; } meter { -webkit-print-color-adjust: exact; print-color-adjust: exact; } }
 </style>
 </head>
 <body>
