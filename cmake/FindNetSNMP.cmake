@@ -11,7 +11,7 @@ find_program(NETSNMP_CONFIG net-snmp-config
 set(_netsnmp_answered FALSE)
 if(NETSNMP_CONFIG)
   set(_netsnmp_answered TRUE)
-  foreach(_question version base-cflags netsnmp-libs)
+  foreach(_question version base-cflags netsnmp-libs external-libs)
     execute_process(COMMAND ${NETSNMP_CONFIG} --${_question}
         OUTPUT_VARIABLE _netsnmp_${_question} OUTPUT_STRIP_TRAILING_WHITESPACE
         RESULT_VARIABLE _netsnmp_result)
@@ -43,6 +43,14 @@ if(NETSNMP_CONFIG)
     endif()
   endforeach()
 
+  separate_arguments(_netsnmp_external UNIX_COMMAND "${_netsnmp_external-libs}")
+  set(_netsnmp_needed "")
+  foreach(_flag IN LISTS _netsnmp_external)
+    if(_flag MATCHES "^-l(.+)$")
+      list(APPEND _netsnmp_needed ${CMAKE_MATCH_1})
+    endif()
+  endforeach()
+
   find_path(NetSNMP_INCLUDE_DIR net-snmp/net-snmp-config.h HINTS ${_netsnmp_include_hints})
   find_library(NetSNMP_LIBRARY netsnmp HINTS ${_netsnmp_library_hints})
 endif()
@@ -58,6 +66,10 @@ if(NetSNMP_FOUND AND NOT TARGET NetSNMP::NetSNMP)
       IMPORTED_LOCATION ${NetSNMP_LIBRARY}
       INTERFACE_INCLUDE_DIRECTORIES ${NetSNMP_INCLUDE_DIR}
       INTERFACE_COMPILE_DEFINITIONS "${_netsnmp_definitions}")
+  # A shared library names what it needs itself.
+  if(NetSNMP_LIBRARY MATCHES "\\.a$")
+    set_property(TARGET NetSNMP::NetSNMP PROPERTY INTERFACE_LINK_LIBRARIES ${_netsnmp_needed})
+  endif()
 endif()
 
 mark_as_advanced(NETSNMP_CONFIG NetSNMP_INCLUDE_DIR NetSNMP_LIBRARY)

@@ -26,16 +26,17 @@ def readelf(what, executable):
     return done.stdout
 
 
-def missing(executable):
-    """What the executable lacks."""
+def missing(executable, static=None):
+    """What the executable lacks. One that loads nothing has no loader and no dynamic symbols;
+    `static` is then the same with its symbols."""
     kind = readelf("--file-header", executable)
     segments = readelf("--segments", executable)
     dynamic = readelf("--dynamic", executable)
-    symbols = readelf("--dyn-syms", executable)
+    symbols = readelf("--symbols", static) if static else readelf("--dyn-syms", executable)
     stack = re.search(r"^ *GNU_STACK .* ([RWE ]+) 0x", segments, re.MULTILINE)
     checks = {
         "position-independent executable": re.search(r"Type: +DYN ", kind)
-        and "INTERP" in segments,
+        and (re.search(r"\(FLAGS_1\).*\bPIE\b", dynamic) if static else "INTERP" in segments),
         "read-only relocations": "GNU_RELRO" in segments,
         "relocations at start": re.search(r"\(FLAGS(_1)?\).*\b(NOW|BIND_NOW)\b", dynamic),
         "stack that is not executable": stack and "E" not in stack.group(1),

@@ -1,0 +1,162 @@
+"""What scripts/cross makes for macOS. It cannot run here, so its Mach-O files are examined with
+llvm-objdump: what they load and from where, the oldest macOS, the signature.
+
+SNMPDISCOVERY_CROSS_BUILD names the build folder, SNMPDISCOVERY_CROSS_FOLDER what is delivered."""
+
+import os
+import pathlib
+import re
+import shutil
+import struct
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
+
+from shipping import ROOT, run  # noqa: E402
+
+OLDEST = "11.0"
+PROCESSORS = {"x86_64": "x86_64", "arm64": "arm64"}
+SYSTEM = re.compile(r"^/usr/lib/lib[\w.+-]+\.dylib$|^/System/Library/Frameworks/")
+CODE_SIGNATURE, MAIN, LOAD = "LC_CODE_SIGNATURE", "LC_MAIN", "LC_LOAD_DYLIB"
+MAGIC = bytes.fromhex("cffaedfe")
+ADHOC = 0x2  # of a code directory's flags
+
+
+def folder(variable):
+    """What the environment names. A missing one is a failure and no skip."""
+    path = os.environ.get(variable, "")
+    if not path or not pathlib.Path(path).is_dir():
+        raise AssertionError(f"{variable} names no folder: '{path}'")
+    return pathlib.Path(path).resolve()
+
+
+def objdump(*arguments):
+    """What llvm-objdump says of a file."""
+    program = shutil.which("llvm-objdump")
+    if program is None:
+        raise AssertionError("llvm-objdump is missing: apt-get install llvm")
+    return run(program, "--macho", *arguments)
+
+
+def commands(file):
+    """The load commands as pairs of name and text."""
+    said = objdump("--private-headers", file)
+    parts = re.split(r"^Load command \d+\n", said, flags=re.MULTILINE)[1:]
+    return [(re.search(r"\bcmd (\w+)", part).group(1), part) for part in parts]
+
+
+def loaded(file):
+    """The paths of the libraries that a file loads."""
+    return [
+        re.search(r"\bname (.+) \(offset", text).group(1)
+        for name, text in commands(file)
+        if re.match(r"LC_(LOAD|REEXPORT|LAZY_LOAD|LOAD_WEAK|LOAD_UPWARD)_?(WEAK_)?DYLIB$", name)
+    ]
+
+
+def is_mach_o(path):
+    with path.open("rb") as opened:
+        return opened.read(4) == MAGIC
+
+
+def signed_ad_hoc(file):
+    """Whether the file's code directory says that it is signed ad hoc, and covers all before the
+    signature."""
+    found = [text for name, text in commands(file) if name == CODE_SIGNATURE]
+    if not found:
+        return False
+    offset = int(re.search(r"\bdataoff (\d+)", found[0]).group(1))
+    octets = file.read_bytes()
+    magic, _, count = struct.unpack_from(">III", octets, offset)
+    assert magic == 0xFADE0CC0, hex(magic)  # an embedded signature
+    for index in range(count):
+        kind, start = struct.unpack_from(">II", octets, offset + 12 + 8 * index)
+        if kind == 0:  # the code directory
+            fields = struct.unpack_from(">IIIIIIIII", octets, offset + start)
+            assert fields[0] == 0xFADE0C02, hex(fields[0])
+            return bool(fields[3] & ADHOC) and fields[8] == offset
+    return False
+
+
+class MacOS(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.build = folder("SNMPDISCOVERY_CROSS_BUILD")
+        cls.folder = folder("SNMPDISCOVERY_CROSS_FOLDER")
+        cls.processor = cls.folder.name.rpartition("-")[2]
+        cls.programs = [cls.folder / "SNMPDiscovery", cls.folder / "snmp-inventory"]
+        cls.libraries = sorted(cls.folder.glob("*.dylib"))
+        cls.files = [*cls.programs, *cls.libraries]
+
+    def test_the_tree_is_laid_out_as_the_bundle(self):
+        found = {path for path in self.folder.rglob("*") if path.is_file() and is_mach_o(path)}
+        self.assertEqual(found, set(self.files))
+        names = " ".join(path.name for path in self.libraries)
+        for library in ("libPocoFoundation", "libPocoNet", "libPocoUtil", "libnetsnmp", "libcrypto"):
+            self.assertIn(library + ".", names)
+        modules = {path.name: path.read_bytes() for path in (ROOT / "mibs").glob("*.txt")}
+        self.assertEqual({p.name: p.read_bytes() for p in (self.folder / "mibs").iterdir()}, modules)
+        listed = (self.folder / "licences/LIBRARIES").read_text("utf-8").splitlines()
+        self.assertEqual({line.split()[0] for line in listed} - {"-"}, {p.name for p in self.libraries})
+
+    def test_each_is_for_the_processor_and_the_oldest_macos(self):
+        for file in self.files:
+            with self.subTest(file.name):
+                self.assertIn(f"architecture {self.processor}" if False else self.processor,
+                              objdump("--file-headers", file).lower().replace("arm64e", ""))
+                versions = [text for name, text in commands(file) if name == "LC_BUILD_VERSION"]
+                self.assertEqual(len(versions), 1)
+                self.assertRegex(versions[0], r"platform (macos|1)\b")
+                self.assertRegex(versions[0], rf"minos {re.escape(OLDEST)}\b")
+
+    def test_libraries_come_from_beside_the_executable_or_from_the_system(self):
+        carried = {f"@executable_path/{path.name}" for path in self.libraries}
+        used = set()
+        for file in self.files:
+            with self.subTest(file.name):
+                paths = loaded(file)
+                self.assertTrue(paths)
+                for path in paths:
+                    self.assertTrue(path in carried or SYSTEM.match(path), path)
+                used.update(carried.intersection(paths))
+                self.assertNotIn("LC_RPATH", [name for name, _ in commands(file)])
+        self.assertEqual(used, carried)
+
+    def test_libraries_are_named_by_where_they_lie(self):
+        for library in self.libraries:
+            names = [text for name, text in commands(library) if name == "LC_ID_DYLIB"]
+            self.assertEqual(len(names), 1, library.name)
+            self.assertIn(f"name @executable_path/{library.name} (offset", names[0])
+
+    def test_one_library_has_the_run_time_of_cxx(self):
+        # Two in a process, and an exception of one is none of the other's.
+        for file in self.files:
+            defined = objdump("--exports-trie", file)
+            if file.name.startswith("libc++."):
+                self.assertIn("___cxa_throw", defined)
+            else:
+                self.assertNotIn("___cxa_throw", defined, file.name)
+
+    def test_no_path_of_the_build_is_inside(self):
+        for file in self.files:
+            self.assertNotIn(str(ROOT).encode(), file.read_bytes(), file.name)
+
+    def test_executables_can_lie_anywhere_in_memory_and_stacks_are_guarded(self):
+        for file in self.programs:
+            with self.subTest(file.name):
+                self.assertIn(MAIN, [name for name, _ in commands(file)])
+                self.assertIn("PIE", objdump("--private-header", file))
+                self.assertIn("___stack_chk_fail", objdump("--bind", "--lazy-bind", file))
+
+    def test_code_is_signed_ad_hoc(self):
+        # Unsigned code does not start on arm64; x86_64 does not ask.
+        if self.processor != "arm64":
+            return
+        for file in self.files:
+            with self.subTest(file.name):
+                self.assertTrue(signed_ad_hoc(file))
+
+
+if __name__ == "__main__":
+    unittest.main()
