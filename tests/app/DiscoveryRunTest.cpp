@@ -1,22 +1,172 @@
-#include "tests/app/DiscoveryRun.h"
+// A whole run: what it hands to the SNMP library when it sets it up, its two passes and its
+// document, and the end of its workers.
 
+#include "tests/app/helpers/DiscoveryRun.h"
 #include "snmp/SNMPSession.h"
+#include "tests/support/CountedNew.h"
+#include "tests/support/Guards.h"
+#include "tests/support/WatchedJoins.h"
 
 #include <Poco/Exception.h>
 #include <Poco/Logger.h>
 #include <Poco/NullChannel.h>
 
+#include <pthread.h>
+
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <future>
+#include <iterator>
+#include <optional>
 #include <set>
+#include <string>
 #include <thread>
 
-using Poco::Net::NetworkInterface;
-using UVARNETSNMP::SNMPSession;
+namespace {
 
+using Poco::Net::NetworkInterface;
+using TestSupport::TemporaryDirectory;
+using UVARNETSNMP::SNMPSession;
 using namespace std::chrono_literals;
 
-namespace {
+// The set-up, and the settings that it takes its values from.
+
+/// Runs that end where the library is set up; they show what it is handed.
+class SetUp : public DiscoveryRun
+{
+protected:
+    SetUp()
+    {
+        network.terminate = nullptr;
+        network.initialize = [this](const std::string& name, const std::string& persistent,
+                                    const std::string& mibs, const std::string& mib) {
+            arguments = {name, persistent, mibs, mib};
+            return false;
+        };
+    }
+
+    std::vector<std::string> arguments;
+};
+
+TEST_F(SetUp, AFailureEndsTheRunWithoutADocument)
+{
+    application->initWith({});
+    EXPECT_EQ(application->run(), 64);
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(network.calls(), (std::vector<std::string>{"list ip up", "initialize"}));
+}
+
+TEST_F(SetUp, HandsOverTheNameTheFoldersAndThePrinterMib)
+{
+    application->initWith({});
+    application->run();
+    const std::string persistent = temporary.path().string() + "/SNMPDiscoveryApp/snmp-persist/";
+    EXPECT_EQ(arguments, (std::vector<std::string>{"SNMPDiscovery", persistent, "/opt/tool/mibs/",
+                                                   "Printer-MIB"}));
+}
+
+TEST_F(SetUp, IgnoresItsArguments)
+{
+    application->initWith({"office", "-c", "private"});
+    EXPECT_EQ(application->run(), 64);
+    EXPECT_EQ(application->m_community, "private");
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(network.calls(), (std::vector<std::string>{"list ip up", "initialize"}));
+}
+
+TEST_F(SetUp, HandsOverNoFolderIfOthersCanWriteToTheDefault)
+{
+    const std::filesystem::path parent = temporary.path() / "SNMPDiscoveryApp";
+    std::filesystem::create_directories(parent / "snmp-persist");
+    std::filesystem::permissions(parent, std::filesystem::perms::all);
+    application->initWith({});
+    testing::internal::CaptureStderr();
+    application->run();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing is said about it";
+    ASSERT_EQ(arguments.size(), 4U);
+    EXPECT_EQ(arguments[1], "");
+}
+
+struct Folder
+{
+    const char* name;
+    const char* given;
+    const char* handedOver;
+};
+
+class PersistentFolder : public SetUp, public testing::WithParamInterface<Folder>
+{};
+
+TEST_P(PersistentFolder, IsADirectoryEndingWithASeparator)
+{
+    application->initWith({"--SNMPPersistPath", GetParam().given});
+    application->run();
+    ASSERT_EQ(arguments.size(), 4U);
+    EXPECT_EQ(arguments[1], GetParam().handedOver);
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, PersistentFolder,
+                         testing::Values(Folder{"WithoutSeparator", "/var/lib/a", "/var/lib/a/"},
+                                         Folder{"WithSeparator", "/var/lib/a/", "/var/lib/a/"},
+                                         Folder{"Relative", "a/b", "a/b/"},
+                                         Folder{"WithDot", "/var/a.b", "/var/a.b/"},
+                                         Folder{"WithSpace", "/var/a b", "/var/a b/"},
+                                         Folder{"Root", "/", "/"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SetUp, AConfigurationFileNamesThePersistentFolderToo)
+{
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "SNMPDiscovery.properties") << "SNMPPersistPath = /srv/state\n";
+    application->initWith({}, folder.path().string() + "/SNMPDiscovery");
+    application->run();
+    ASSERT_EQ(arguments.size(), 4U);
+    EXPECT_EQ(arguments[1], "/srv/state/");
+    EXPECT_EQ(arguments[2], folder.path().string() + "/mibs/");
+}
+
+TEST_F(SetUp, DoesNotCreateThePersistentFolder)
+{
+    const TemporaryDirectory folder;
+    application->initWith({"--SNMPPersistPath", folder.path().string() + "/state"});
+    application->run();
+    EXPECT_FALSE(std::ifstream(folder.path().string() + "/state").good());
+}
+
+struct Community
+{
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* file;
+    const char* expected;
+};
+
+class CommunityOfARun : public SetUp, public testing::WithParamInterface<Community>
+{};
+
+TEST_P(CommunityOfARun, ComesFromOptionThenFileThenDefault)
+{
+    const TemporaryDirectory folder;
+    std::ofstream(folder.path() / "SNMPDiscovery.properties") << GetParam().file;
+    application->initWith(GetParam().arguments, folder.path().string() + "/SNMPDiscovery");
+    application->m_community = "overwritten at the start of the run";
+    application->run();
+    EXPECT_EQ(application->m_community, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, CommunityOfARun,
+    testing::Values(Community{"Default", {}, "", "public"},
+                    Community{"ShortOption", {"-c", "private"}, "", "private"},
+                    Community{"ShortOptionJoined", {"-cprivate"}, "", "private"},
+                    Community{"LongOption", {"--Community=private"}, "", "private"},
+                    Community{"LongOptionApart", {"--Community", "private"}, "", "private"},
+                    Community{"File", {}, "Community = private\n", "private"},
+                    Community{"OptionBeforeFile", {"-c", "a"}, "Community = b\n", "a"}),
+    [](const auto& row) { return row.param.name; });
+
+// The two passes and the document.
 
 const char* const mask24 = "255.255.255.0";
 
@@ -209,6 +359,105 @@ TEST_F(DiscoveryRun, AFailureAmongTheWorkersJoinsThoseThatRunAndTearsNothingDown
     EXPECT_EQ(network.calls().back(), "close");
     EXPECT_EQ(countOf("open"), 1U);
     EXPECT_EQ(output.text(), "");
+}
+
+// The end of the workers: the order in which their threads are joined, and that none is forgotten
+// when memory runs out.
+
+class WorkerJoin : public DiscoveryRun
+{
+protected:
+    void SetUp() override
+    {
+        if (!WatchedJoins::supported()) {
+            GTEST_SKIP() << "NOT TESTED: pthread_join cannot be replaced here";
+        }
+    }
+};
+
+TEST_F(WorkerJoin, GoesFromTheLastWorkerToTheFirst)
+{
+    constexpr std::size_t subnets = 3;
+    network.list = [] { return interfacesInSubnets(subnets); };
+    std::size_t passes = 0;
+    network.pause = [&] { EXPECT_TRUE(network.waitForRequests(subnets * ++passes)); };
+    network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
+    const WatchedJoins joins;
+    application->initWith({});
+    EXPECT_EQ(application->run(), 64);
+
+    // Each worker by its pass and its subnet. All threads lived until they were joined, so no two
+    // have the same handle.
+    const std::vector<FakeNetwork::Request> requests = network.requests();
+    std::vector<std::string> joined;
+    for (const pthread_t thread : joins.threads()) {
+        for (std::size_t i = 0; i < requests.size(); ++i) {
+            if (pthread_equal(requests[i].thread, thread)) {
+                joined.push_back(std::to_string(1 + i / subnets) + " " + requests[i].peer);
+            }
+        }
+    }
+    EXPECT_EQ(joined,
+              (std::vector<std::string>{"2 198.51.100.47", "2 198.51.100.31", "2 198.51.100.15",
+                                        "1 198.51.100.47", "1 198.51.100.31", "1 198.51.100.15"}));
+}
+
+std::ptrdiff_t threadsOfTheProcess()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                         std::filesystem::directory_iterator());
+}
+
+/// Waits until every other thread has ended, one that nobody joins too; ten seconds at most.
+bool waitForTheOthersToEnd()
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (threadsOfTheProcess() > 1 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return threadsOfTheProcess() == 1;
+}
+
+TEST_F(WorkerJoin, ForgetsNobodyWhicheverAllocationOfTheMainThreadFails)
+{
+    if (!Allocations::supported()) {
+        GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
+    }
+    network.list = [] { return interfacesInSubnets(3); };
+    network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
+    // From shortly before the first worker until the document is written: POCO's frame allocates
+    // outside its own handlers afterwards.
+    std::optional<FailingAllocation> failing;
+    bool failed = true;
+    long successes = 0;
+    network.initialize = [&](auto&&...) {
+        application->logger().setChannel(new Poco::NullChannel);
+        failing.emplace(successes);
+        return true;
+    };
+    network.terminate = [&] {
+        failed = failing->happened();
+        failing.reset();
+    };
+    application->initWith({});
+
+    const int software = Poco::Util::Application::EXIT_SOFTWARE;
+    std::size_t before = 0;
+    int failures = 0;
+    for (; failed; ++successes) {
+        SCOPED_TRACE("successful allocations: " + std::to_string(successes));
+        const WatchedJoins joins;
+        const int code = application->run();
+        failing.reset();
+        failures += failed ? 1 : 0;
+
+        // Also a thread that nobody joined has sent its request by then.
+        ASSERT_TRUE(waitForTheOthersToEnd());
+        EXPECT_EQ(joins.threads().size(), network.requests().size() - before);
+        before = network.requests().size();
+        EXPECT_TRUE(code == 64 || (failed && code == software)) << code;
+    }
+    EXPECT_GT(failures, 20);
 }
 
 } // namespace

@@ -1,22 +1,49 @@
-// The road of one answer: the sender of a response becomes a responder.
-
-#include "tests/app/FakeNetwork.h"
-#include "tests/app/TestApp.h"
+// The end of an answer's road: the sender of a response becomes a responder, in a set to which all
+// workers add; and what is left of both when a mutex fails or memory runs out.
 
 #include "snmp/SNMPSession.h"
+#include "tests/app/helpers/FakeNetwork.h"
+#include "tests/app/helpers/TestApp.h"
+#include "tests/support/CountedNew.h"
+#include "tests/support/FailingMutex.h"
 
-#include <arpa/inet.h>
+#include <Poco/AutoPtr.h>
+#include <Poco/Bugcheck.h>
 
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <future>
+#include <memory>
+#include <new>
+#include <set>
 #include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+int unexpectedErrors = 0;
+
+} // namespace
+
+/// POCO's hook for errors that cannot be thrown, which would only do something in a debug build.
+void Poco::Bugcheck::unexpected(const char*, int)
+{
+    ++unexpectedErrors;
+}
 
 namespace {
 
 using Responders = std::set<std::string>;
+
+// The callback.
 
 /// A record as the UDP transport of a Net-SNMP without IPv6 makes it: the sender's address at the
 /// head, the rest filled with ones so that no other part of it can be taken for an address.
@@ -162,6 +189,161 @@ TEST_F(Callback, TwoAgentsAreBothListed)
     auto second = recordFrom("192.0.2.8");
     respond(first.data(), first.size());
     EXPECT_EQ(respond(second.data(), second.size()), (Responders{"192.0.2.7", "192.0.2.8"}));
+}
+
+// The set.
+
+class AddIP : public testing::Test
+{
+protected:
+    Poco::AutoPtr<TestApp> application{new TestApp};
+};
+
+TEST_F(AddIP, KeepsOneCopyOfEachAddress)
+{
+    application->AddIP("192.0.2.9");
+    application->AddIP("192.0.2.10");
+    application->AddIP("192.0.2.9");
+    EXPECT_EQ(application->m_responders, (Responders{"192.0.2.10", "192.0.2.9"}));
+}
+
+TEST_F(AddIP, WaitsForTheMutex)
+{
+    application->m_mutex.lock();
+    const auto added = std::async(std::launch::async, [&] { application->AddIP("192.0.2.9"); });
+    EXPECT_EQ(added.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    EXPECT_EQ(application->m_responders, Responders{});
+    application->m_mutex.unlock();
+    added.wait();
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.9"});
+}
+
+TEST_F(AddIP, ReleasesTheMutex)
+{
+    application->AddIP("192.0.2.9");
+    bool locked = false;
+    std::thread([&] {
+        locked = application->m_mutex.tryLock();
+        if (locked) {
+            application->m_mutex.unlock();
+        }
+    }).join();
+    EXPECT_TRUE(locked);
+}
+
+TEST_F(AddIP, TakesAddressesOfManyThreadsAtOnce)
+{
+    constexpr int threads = 8;
+    constexpr int addresses = 200;
+    std::vector<std::thread> workers;
+    workers.reserve(threads);
+    for (int thread = 0; thread < threads; ++thread) {
+        workers.emplace_back([&] {
+            for (int each = 0; each < addresses; ++each) {
+                application->AddIP("192.0.2." + std::to_string(each));
+            }
+        });
+    }
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    EXPECT_EQ(application->m_responders.size(), static_cast<std::size_t>(addresses));
+}
+
+// Failures.
+
+class ResponderLock : public Callback
+{
+protected:
+    void SetUp() override
+    {
+        if (!FailingMutex::supported()) {
+            GTEST_SKIP() << "NOT TESTED: mutexes cannot be replaced beside this sanitizer";
+        }
+    }
+};
+
+TEST_F(ResponderLock, AFailureToLockAddsNothing)
+{
+    EXPECT_EQ(failureToLock([this] { application->AddIP("192.0.2.9"); }), "cannot lock mutex");
+    EXPECT_EQ(application->m_responders, Responders{});
+}
+
+TEST_F(ResponderLock, AFailureToLockPassesOutOfTheCallback)
+{
+    auto record = recordFrom("192.0.2.9");
+    EXPECT_EQ(failureToLock([&] { respond(record.data(), record.size()); }), "cannot lock mutex");
+    EXPECT_EQ(application->m_responders, Responders{});
+}
+
+TEST_F(ResponderLock, AFailureToUnlockIsKeptInside)
+{
+    bool thrown = false;
+    try {
+        const FailingMutex failing(FailingMutex::Call::unlock);
+        application->AddIP("192.0.2.9");
+    } catch (const Poco::SystemException&) {
+        thrown = true;
+    }
+    EXPECT_FALSE(thrown);
+    EXPECT_EQ(unexpectedErrors, 1);
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.9"});
+}
+
+class ResponderMemory : public CallbackContents
+{
+protected:
+    void SetUp() override
+    {
+        if (!Allocations::supported()) {
+            GTEST_SKIP() << "NOT TESTED: operator new cannot be replaced beside this sanitizer";
+        }
+    }
+};
+
+/// Whether `body` fails for lack of memory when that many allocations succeed.
+template <typename Body>
+bool runsOut(long allocations, Body body)
+{
+    const AllocationLimit limit(allocations);
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+    return false;
+}
+
+TEST_F(ResponderMemory, AResponderThatFindsNoRoomLeavesTheOthers)
+{
+    application->AddIP("192.0.2.1");
+    const std::string ip = "192.0.2.2";
+    EXPECT_TRUE(runsOut(0, [&] { application->AddIP(ip); }));
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.1"});
+
+    EXPECT_FALSE(runsOut(1, [&] { application->AddIP(ip); })) << "neither locked nor lost";
+    EXPECT_EQ(application->m_responders, (Responders{"192.0.2.1", "192.0.2.2"}));
+}
+
+TEST_F(ResponderMemory, AKnownResponderNeedsNone)
+{
+    application->AddIP("192.0.2.1");
+    const std::string ip = "192.0.2.1";
+    EXPECT_FALSE(runsOut(0, [&] { application->AddIP(ip); }));
+}
+
+TEST_F(ResponderMemory, TheCallbackPassesTheFailureOnAndIsReadyForTheNextAnswer)
+{
+    auto record = recordFrom("192.0.2.3");
+    pdu.transport_data = record.data();
+    pdu.transport_data_length = static_cast<int>(record.size());
+
+    const auto answer = [&] { SNMPDiscoveryApp::SNMPCallback(*session, application.get(), &pdu); };
+    EXPECT_TRUE(runsOut(0, answer));
+    EXPECT_EQ(application->m_responders, Responders{});
+    EXPECT_EQ(pdu.variables, nullptr) << "released all the same";
+    EXPECT_FALSE(runsOut(1, answer));
+    EXPECT_EQ(application->m_responders, Responders{"192.0.2.3"});
 }
 
 } // namespace

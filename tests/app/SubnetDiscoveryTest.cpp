@@ -1,5 +1,6 @@
-#include "tests/app/FakeNetwork.h"
-#include "tests/app/TestApp.h"
+#include "tests/app/helpers/FakeNetwork.h"
+#include "tests/app/helpers/TestApp.h"
+#include "tests/support/WatchedJoins.h"
 
 #include <Poco/ErrorHandler.h>
 #include <Poco/Exception.h>
@@ -8,14 +9,18 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <future>
 #include <memory>
 #include <thread>
+#include <type_traits>
 
 using Worker = SNMPDiscoveryApp::SubnetDiscovery;
 using UVARNETSNMP::SNMPSession;
 
 namespace {
+
+static_assert(std::is_nothrow_destructible_v<Worker>);
 
 /// The calls of one worker from its start to its end.
 const std::vector<std::string> asOneProbe = {"parse sysUpTime.0", "open", "close"};
@@ -139,6 +144,21 @@ TEST_F(SubnetDiscovery, AnExceptionEndsItsOwnThreadAlone)
     }
     EXPECT_EQ(handler.count, 1);
     EXPECT_EQ(network.requests().size(), 1U);
+}
+
+TEST_F(SubnetDiscovery, AJoinThatFailsEndsTheProcess)
+{
+    if (!WatchedJoins::supported()) {
+        GTEST_SKIP() << "NOT TESTED: pthread_join cannot be replaced here";
+    }
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
+    const auto joinInVain = [this] {
+        WatchedJoins joins;
+        joins.fail();
+        const Worker worker(*application, "192.0.2.255", "public");
+    };
+    EXPECT_EXIT(joinInVain(), testing::KilledBySignal(SIGABRT), "");
 }
 
 } // namespace

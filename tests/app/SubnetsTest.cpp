@@ -1,6 +1,6 @@
 #include "app/Subnets.h"
 
-#include "tests/app/FakeNetwork.h"
+#include "tests/app/helpers/FakeNetwork.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,8 @@
 #include <cstddef>
 
 // A program that links this has an operator new of its own, which counts, and can be told to fail.
-// All of it concerns the calling thread only. Such a program should hold no other tests.
+// All of it concerns the calling thread only. A program without need does better without it:
+// AddressSanitizer does not check there whether new and delete fit each other.
 
 /// What operator new was asked for so far.
 struct Allocations

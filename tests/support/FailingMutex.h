@@ -5,8 +5,8 @@
 #include <string>
 
 /// Makes every POSIX mutex that this thread locks or unlocks report a failure, for a scope. A
-/// program that compiles FailingMutex.cpp in gets functions of its own in place of the system's, so
-/// it should hold nothing else. At most one at a time.
+/// program that compiles FailingMutex.cpp in gets functions of its own in place of the system's. At
+/// most one at a time.
 class FailingMutex
 {
 public:

@@ -1,5 +1,5 @@
-#include "tests/app/FakeNetwork.h"
-#include "tests/app/TestApp.h"
+#include "tests/app/helpers/FakeNetwork.h"
+#include "tests/app/helpers/TestApp.h"
 #include "tests/support/Guards.h"
 
 #include <gtest/gtest.h>

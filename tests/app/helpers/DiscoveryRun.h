@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/app/FakeNetwork.h"
-#include "tests/app/TestApp.h"
+#include "tests/app/helpers/FakeNetwork.h"
+#include "tests/app/helpers/TestApp.h"
 #include "tests/support/Guards.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/app/FakeNetwork.h"
+#include "tests/app/helpers/FakeNetwork.h"
 
 #include "snmp/SNMPSession.h"
 
