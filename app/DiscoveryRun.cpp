@@ -1,8 +1,8 @@
 // One discovery run, from the settings to the printed document.
 //
-// Every subnet is probed twice, by two separate workers that overlap: the second pass starts while
-// the first still listens. A printer that slept through the first request, or whose answer was
-// lost, gets a second chance without the run becoming longer than one more pause.
+// Every subnet is probed twice, by two workers that overlap: the second pass starts while the first
+// still listens. A printer that slept through the first request, or whose answer was lost, gets a
+// second chance, and the run becomes longer by one pause only.
 
 #include "app/PersistentFolder.h"
 #include "app/SNMPDiscoveryApp.h"
@@ -30,8 +30,8 @@ constexpr int passes = 2;
 constexpr long pauseAfterPass = 2000; // milliseconds
 
 /// Octets of each worker's receive buffer. All agents of a subnet answer a broadcast at the same
-/// moment, and what does not fit is lost: a datagram is charged from 768 octets (a small one, on
-/// Linux) to the 2 or 4 kB of the network card's buffer that it came in.
+/// moment, and an answer that does not fit is lost. On Linux a small datagram takes 768 octets of
+/// the buffer, or the 2 or 4 kB that the network driver received it in.
 constexpr int receiveBuffer = 4 * 1024 * 1024;
 
 /// The folder "mibs" beside the executable.
@@ -61,7 +61,7 @@ Value document(const std::set<std::string>& responders)
 
 int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 {
-    // Read also when only the help was shown, so that a value that cannot be read (one that refers
+    // Read even when only the help was shown: so a value that POCO cannot expand (one that refers
     // to itself) ends with 70 whatever the command line says.
     m_community = config().getString("Community", "public");
     if (m_helpRequested) {
@@ -84,7 +84,7 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
         keepProbeable(interfaces);
         for (int pass = 0; pass < passes; ++pass) {
             for (const NetworkInterface& interface : interfaces) {
-                // Its thread runs already, so somebody must own it before the vector grows.
+                // The worker's thread runs already. It needs an owner before the vector may throw.
                 Poco::SharedPtr<SubnetDiscovery> worker(
                     new SubnetDiscovery(*this, broadcastAddress(interface), m_community));
                 workers.push_back(std::move(worker));
@@ -92,7 +92,7 @@ int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
             Poco::Thread::sleep(pauseAfterPass);
         }
 
-        // Each release joins its worker, so this waits for the last one to finish listening.
+        // Destroying a worker joins its thread, so this waits until the last one has listened.
         while (!workers.empty()) {
             workers.pop_back();
         }

@@ -11,7 +11,7 @@ using Poco::Path;
 
 namespace {
 
-/// What lies in a place where only this process's user should have been.
+/// What a path that only this process's user should have created leads to.
 enum class Standing
 {
     absent,
@@ -19,7 +19,7 @@ enum class Standing
     foreign, ///< anything else, or cannot be determined
 };
 
-/// The path of a folder as a file's: a separator at its end would make lstat follow a link.
+/// The path without a separator at its end, which would make lstat follow a link.
 std::string withoutSeparator(Path folder)
 {
     return folder.makeFile().toString();
@@ -37,12 +37,12 @@ Standing standing(const std::string& path)
                                                                            : Standing::foreign;
 }
 
-/// Whether nobody else can have put anything into `folder`, or can from now on.
+/// Whether nobody else has been able to put anything into `folder`, or will be.
 bool isSafe(const Path& folder)
 {
     const std::string parent = withoutSeparator(folder.parent());
-    // First made, then judged: a parent that is judged first could be slipped in before it is made.
-    // A failure needs no question of its own: nothing that is not our own passes the judgement.
+    // Made before it is checked: otherwise another user could create the parent in between. The
+    // result of mkdir does not matter: the check accepts only a directory of our own.
     mkdir(parent.c_str(), S_IRWXU);
     return standing(parent) == Standing::own &&
            standing(withoutSeparator(folder)) != Standing::foreign;

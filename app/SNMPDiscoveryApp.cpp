@@ -19,7 +19,7 @@ void SNMPDiscoveryApp::init(int argc, char** argv)
     try {
         Application::init(argc, argv);
     } catch (...) {
-        // Whatever is wrong with the command line, the help is the answer to it.
+        // Any mistake in the command line shows the help.
         m_helpRequested = true;
         displayHelp();
     }

@@ -27,36 +27,36 @@ public:
     SNMPDiscoveryApp(const SNMPDiscoveryApp&) = delete;
     SNMPDiscoveryApp& operator=(const SNMPDiscoveryApp&) = delete;
 
-    /// Processes the command line. It hides the framework's function of this name on purpose: a
-    /// command line that is wrong in any way throws nothing, but prints the help to standard output
-    /// and makes `main` return at once, so that it ends like every run with EXIT_USAGE.
-    /// Only showing the help can still throw (a `Poco::Exception` where POCO does not know the
-    /// command's name, as without PATH in the environment).
+    /// Processes the command line. Hides the framework's function of this name on purpose: a wrong
+    /// command line throws nothing. It prints the help to standard output and makes `main` return
+    /// at once, so that the process ends with EXIT_USAGE as after every run. Showing the help can
+    /// still throw: a `Poco::Exception` if POCO cannot determine the command's name, as without
+    /// PATH in the environment.
     void init(int argc, char** argv);
 
     /// Writes the help text to standard output.
     void displayHelp();
 
     /// Callback of the option "help": shows the help and stops option processing, so that the
-    /// options behind it are not even looked at. Both arguments are ignored.
+    /// options after it are ignored, wrong ones too. Both arguments are ignored.
     void handleHelp(const std::string& name, const std::string& value);
 
-    /// Stores `def`, of the form name=value, in the configuration. It is split at the first "=", so
-    /// a value may contain more of them; without any, the value is empty. No option of the tool
-    /// calls it: it is kept for an option that defines properties.
+    /// Stores `def`, of the form name=value, in the configuration. `def` is split at the first "=",
+    /// so the value may contain further ones. Without "=" the value is empty. No option of the tool
+    /// calls this: it is kept for an option that defines properties.
     void defineProperty(const std::string& def);
 
     /// A `UVARNETSNMP::ResponseCallback`: adds the sender of a response to the responders of the
     /// application that `context` points to. Does nothing if `context` or `pdu` is null, or if the
-    /// response does not tell its sender. `session` is not used.
+    /// response has no sender. `session` is not used.
     ///
-    /// `pdu` is deliberately never released: it stays allocated until the process ends. Once the
-    /// sender has been taken, its variable bindings and community are released: they are what makes
-    /// a response large, and an agent that means harm fills them.
+    /// `pdu` is never released, on purpose: it stays allocated until the process ends. Only its
+    /// variable bindings and community are released, once the sender is known, because a hostile
+    /// agent can make them large.
     static void SNMPCallback(UVARNETSNMP::SNMPSession& session, void* context, snmp_pdu* pdu);
 
-    /// Adds an agent's address (dotted-quad text) to the responders. One that is there already
-    /// stays as it is, so an agent that answers again is still listed once.
+    /// Adds an agent's address (dotted-quad text) to the responders, which are a set: an agent that
+    /// answers several times is listed once.
     /// Throws `Poco::SystemException` if the lock cannot be taken.
     void AddIP(const std::string& ip);
 
@@ -69,10 +69,10 @@ protected:
 
     /// One whole discovery run; blocks for about seven seconds and writes the document to standard
     /// output, unless the help was shown. `args` are not used.
-    /// Returns EXIT_USAGE (64) on every path, also after a successful discovery: callers tell
-    /// success by the document on standard output, not by the exit code.
-    /// A `Poco::Exception` passes through; nothing has been written then, the workers are gone,
-    /// and Net-SNMP is left set up.
+    /// Returns EXIT_USAGE (64) on every path, also after a successful discovery: the document on
+    /// standard output, not the exit code, tells callers that the run succeeded.
+    /// A `Poco::Exception` passes through. Then nothing has been written, all workers are joined,
+    /// and Net-SNMP stays set up.
     int main(const std::vector<std::string>& args) override;
 
     Poco::Mutex m_mutex;                ///< guards `m_responders` while workers run
@@ -81,10 +81,10 @@ protected:
     std::set<std::string> m_responders; ///< dotted-quad text of every agent that answered
 
 private:
-    /// Throws `Poco::OpenFileException` if a folder has the name and place of a configuration file
-    /// (container programs make one for a file that they are to mount and do not find): POCO's
-    /// reader of `.properties` and `.ini` would never come to its end. The framework logs the
-    /// exception and ends the run with EXIT_CONFIG (78).
+    /// Throws `Poco::OpenFileException` if a folder stands where a configuration file would be.
+    /// POCO would read such a `.properties` or `.ini` for ever. (Container programs make such a
+    /// folder for a file that they are to mount and do not find.) The framework logs the exception
+    /// and ends the run with EXIT_CONFIG (78).
     void refuseFolderAsConfiguration() const;
 };
 

@@ -5,7 +5,7 @@
 
 void openMissingStandardDescriptors()
 {
-    // A new descriptor gets the least number that is free, so the first beyond is one too many.
+    // open() gives the lowest free number. The first one above 2 is not needed and closed again.
     int descriptor = open("/dev/null", O_RDWR);
     while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
         descriptor = open("/dev/null", O_RDWR);

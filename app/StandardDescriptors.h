@@ -1,6 +1,6 @@
 #pragma once
 
-/// Opens the null device for each of the descriptors 0 to 2 that the process was started without.
-/// Otherwise the next files and sockets would get these numbers, and the document and the messages
-/// be written into them. The first act of the process, before any other thread.
+/// Opens /dev/null for each of the descriptors 0 to 2 that is closed when the process starts.
+/// Otherwise the next files and sockets would get these numbers, and the document and messages
+/// would be written to them. To be called first in the process, while it has one thread.
 void openMissingStandardDescriptors();

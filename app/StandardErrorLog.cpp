@@ -20,17 +20,17 @@ constexpr int withoutSignal = MSG_NOSIGNAL;
 constexpr int withoutSignal = 0;
 #endif
 
-/// A pipe that is ready takes this many octets without waiting.
+/// A pipe that poll() reports as ready takes this many octets without blocking.
 constexpr std::size_t atOnce = PIPE_BUF;
 
-/// Whether somebody reads at the other end and has left room.
+/// Whether the other end is open and there is room.
 bool ready(int descriptor)
 {
     pollfd question = {descriptor, POLLOUT, 0};
     return poll(&question, 1, 0) == 1 && question.revents == POLLOUT;
 }
 
-/// How many octets were written; 0 or less if none.
+/// The number of octets written; 0 or less if none.
 ssize_t writeSome(int descriptor, const char* text, std::size_t length)
 {
     const ssize_t sent = send(descriptor, text, length, MSG_DONTWAIT | withoutSignal);
@@ -48,8 +48,8 @@ int StandardErrorLog::withoutWaiting(int descriptor)
     if (fstat(descriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) {
         return descriptor;
     }
-    // Where there is no such folder, or its entries are but further names of the descriptor
-    // (macOS), the descriptor serves as it is.
+    // Other systems have no such folder, or its entries are duplicates that share the flags
+    // (macOS). There the descriptor itself is used.
     const std::string name = "/proc/self/fd/" + std::to_string(descriptor);
     const int own = open(name.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     return own >= 0 ? own : descriptor;

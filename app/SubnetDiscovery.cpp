@@ -23,9 +23,8 @@ SNMPDiscoveryApp::SubnetDiscovery::SubnetDiscovery(SNMPDiscoveryApp& app,
 
 SNMPDiscoveryApp::SubnetDiscovery::~SubnetDiscovery()
 {
-    // A thread that has run to its end is joined too. That returns at once, and it is what makes
-    // the responders that the thread added visible to the main thread, which reads them without a
-    // lock.
+    // Join even if the thread has ended. Only the join makes the responders that it added visible
+    // to the main thread, which reads them without a lock.
     m_thread.join();
 }
 

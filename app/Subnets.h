@@ -7,13 +7,13 @@
 
 // Which subnets are probed: pure functions over the list of the host's interfaces.
 
-/// Removes from `interfaces` all whose first address is not an IPv4 unicast address, or is a
-/// loopback address; the others keep their order.
+/// Keeps the interfaces whose first address is an IPv4 unicast address and no loopback address, in
+/// their order.
 ///
-/// Only the first address of each interface counts, on purpose: one whose first address is IPv6 is
-/// removed even if it has IPv4 addresses too. POCO lists an entry for each address, so on a real
-/// host that hides nothing. Two interfaces on one subnet both stay, and the subnet is probed by
-/// both.
+/// Only the first address of each interface counts, on purpose: an interface whose first address is
+/// IPv6 is removed even if it has IPv4 addresses too. On a real host this hides nothing, because
+/// POCO lists an entry for each address. Two interfaces on one subnet both stay, and the subnet is
+/// probed through both.
 void keepProbeable(std::vector<Poco::Net::NetworkInterface>& interfaces);
 
 /// The directed broadcast address of the subnet of the interface's first address, as dotted-quad
