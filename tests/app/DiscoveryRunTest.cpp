@@ -32,7 +32,7 @@ using namespace std::chrono_literals;
 
 // The set-up, and the settings that it takes its values from.
 
-/// Runs that end where the library is set up; they show what it is handed.
+/// Runs that end at the set-up of the library, and record the arguments that it is given.
 class SetUp : public DiscoveryRun
 {
 protected:
@@ -197,8 +197,8 @@ TEST_F(DiscoveryRun, ProbesEverySubnetTwiceAndPrintsTheRespondersInByteOrder)
                                              makeInterface({{"198.51.100.1", mask24}}),
                                              makeInterface({{"192.0.2.1", mask24}})};
     };
-    // Every worker waits until all four have sent: the first pass still listens while the second
-    // begins, or the waiting would end in failure.
+    // Every worker waits until all four have sent. This succeeds only if the first pass still
+    // listens while the second begins.
     network.get = [this](SNMPSession&, const FakeNetwork::Request&) {
         EXPECT_TRUE(network.waitForRequests(4));
         application->AddIP("192.0.2.9");
@@ -234,7 +234,7 @@ TEST_F(DiscoveryRun, ProbesEverySubnetTwiceAndPrintsTheRespondersInByteOrder)
 
 TEST_F(DiscoveryRun, SendsTheLibrarysMessagesToStandardError)
 {
-    shutdown_snmp_logging(); // what a run before has set up
+    shutdown_snmp_logging(); // an earlier run may have set it up
     network.initialize = [](auto&&...) {
         snmp_log(LOG_ERR, "a complaint\n");
         return true;
@@ -250,12 +250,12 @@ TEST_F(DiscoveryRun, EachPassProbesEverySubnetOnceAndIsFollowedByAPauseOfTwoSeco
 {
     std::size_t pauses = 0;
     network.pause = [&] {
-        // The workers that are to come in a pass have all been started before its pause.
+        // All workers of a pass have been started before its pause.
         EXPECT_TRUE(network.waitForRequests(4 * ++pauses));
         EXPECT_EQ(network.requests().size(), 4 * pauses);
     };
     network.list = [] { return interfacesInSubnets(4); };
-    // The workers of a pass may overtake each other, so what is compared is the set of each pass.
+    // The workers of a pass may overtake each other, so the test compares the set of each pass.
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return false; };
     application->initWith({});
     EXPECT_EQ(application->run(), 64);
@@ -289,7 +289,7 @@ TEST_F(DiscoveryRun, AnAnswerAfterTheLastPauseIsInTheDocument)
     };
     const std::shared_future<void> lastPause = last.get_future();
     network.get = [&](SNMPSession&, const FakeNetwork::Request&) {
-        lastPause.wait_for(4500ms); // where the pauses are real, they are over by then
+        lastPause.wait_for(4500ms); // real pauses (macOS) have ended by then
         application->AddIP("192.0.2.9");
         return true;
     };
@@ -386,7 +386,7 @@ TEST_F(WorkerJoin, GoesFromTheLastWorkerToTheFirst)
     application->initWith({});
     EXPECT_EQ(application->run(), 64);
 
-    // Each worker by its pass and its subnet. All threads lived until they were joined, so no two
+    // Names each worker by its pass and its subnet. No thread ends before it is joined, so no two
     // have the same handle.
     const std::vector<FakeNetwork::Request> requests = network.requests();
     std::vector<std::string> joined;
@@ -408,7 +408,7 @@ std::ptrdiff_t threadsOfTheProcess()
                          std::filesystem::directory_iterator());
 }
 
-/// Waits until every other thread has ended, one that nobody joins too; ten seconds at most.
+/// Waits until every other thread has ended, even one that nobody joins; ten seconds at most.
 bool waitForTheOthersToEnd()
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -425,8 +425,8 @@ TEST_F(WorkerJoin, ForgetsNobodyWhicheverAllocationOfTheMainThreadFails)
     }
     network.list = [] { return interfacesInSubnets(3); };
     network.get = [](SNMPSession&, const FakeNetwork::Request&) { return true; };
-    // From shortly before the first worker until the document is written: POCO's frame allocates
-    // outside its own handlers afterwards.
+    // Allocations fail from shortly before the first worker until the document is written. After
+    // that POCO's framework allocates where it handles no exception.
     std::optional<FailingAllocation> failing;
     bool failed = true;
     long successes = 0;
@@ -451,7 +451,7 @@ TEST_F(WorkerJoin, ForgetsNobodyWhicheverAllocationOfTheMainThreadFails)
         failing.reset();
         failures += failed ? 1 : 0;
 
-        // Also a thread that nobody joined has sent its request by then.
+        // By then every thread has sent its request, even one that nobody joined.
         ASSERT_TRUE(waitForTheOthersToEnd());
         EXPECT_EQ(joins.threads().size(), network.requests().size() - before);
         before = network.requests().size();

@@ -1,4 +1,5 @@
-// Where Net-SNMP may keep its state, told from what other users could have done to the folder.
+// Which folder Net-SNMP is given for its state, depending on what other users could have done to
+// it.
 
 #include "app/PersistentFolder.h"
 
@@ -34,7 +35,7 @@ void makeFile(const path& file)
     ASSERT_EQ(chmod(file.c_str(), 0600), 0) << file;
 }
 
-/// A temporary directory of its own in which the default folder lies.
+/// Each test has a temporary directory of its own, in which the default folder lies.
 class DefaultFolder : public testing::Test
 {
 protected:

@@ -1,5 +1,5 @@
-// The end of an answer's road: the sender of a response becomes a responder, in a set to which all
-// workers add; and what is left of both when a mutex fails or memory runs out.
+// The end of an answer's road. The callback makes the sender of a response a responder; all workers
+// add to one set of responders. Both survive a mutex that fails and memory that runs out.
 
 #include "snmp/SNMPSession.h"
 #include "tests/app/helpers/FakeNetwork.h"
@@ -33,7 +33,7 @@ int unexpectedErrors = 0;
 
 } // namespace
 
-/// POCO's hook for errors that cannot be thrown, which would only do something in a debug build.
+/// POCO's hook for errors that cannot be thrown. POCO's own does nothing in a release build.
 void Poco::Bugcheck::unexpected(const char*, int)
 {
     ++unexpectedErrors;

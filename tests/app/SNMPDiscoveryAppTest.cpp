@@ -28,7 +28,7 @@ using TestSupport::TemporaryDirectory;
 
 // The command line.
 
-/// What the tool prints for `arguments` and nothing else: the fake network fails on any call.
+/// What the tool prints for `arguments`. The fake network fails on any call.
 std::string outputOf(const std::vector<std::string>& arguments, int* exitCode = nullptr)
 {
     const FakeNetwork network;
@@ -43,7 +43,7 @@ std::string outputOf(const std::vector<std::string>& arguments, int* exitCode = 
     return output.text();
 }
 
-/// POCO wraps and indents the help to the width of the terminal; what counts is the words.
+/// `text` with single blanks: POCO wraps and indents the help to the width of the terminal.
 std::string words(const std::string& text)
 {
     std::string result;
@@ -139,7 +139,7 @@ TEST(Shell, TheConfigurationFileIsReadEvenWhenTheHelpIsShown)
     EXPECT_EQ(application->m_community, "private");
 }
 
-/// Throws something that is no exception class while the options are defined.
+/// Throws an int while the options are defined.
 class FailingSubsystem : public Poco::Util::Subsystem
 {
 public:

@@ -10,7 +10,7 @@
 namespace {
 
 /// The status of a child that closes the descriptors whose bits are set in `closed`, calls the
-/// function under test and looks at what it has: 0 if all is as it should be.
+/// function under test and checks its descriptors: 0 if all are right.
 int childWithout(unsigned closed)
 {
     const pid_t child = fork();
@@ -18,7 +18,7 @@ int childWithout(unsigned closed)
         struct stat null = {};
         struct stat before[3] = {};
         int fault = stat("/dev/null", &null) == 0 ? 0 : 1;
-        const int next = dup(0); // the least number free before any is closed
+        const int next = dup(0); // the lowest free number, before any is closed
         close(next);
         for (int i = 0; i < 3; ++i) {
             fault |= fstat(i, &before[i]) == 0 ? 0 : 2;

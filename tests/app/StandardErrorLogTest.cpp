@@ -1,5 +1,4 @@
-// Messages that find no reader: the writer must come back at once, whatever lies behind the
-// descriptor.
+// Messages that nobody reads: the writer must return at once, whatever the descriptor refers to.
 
 #include "app/StandardErrorLog.h"
 
@@ -52,7 +51,7 @@ public:
         }
     }
 
-    /// All that has been written and not read yet.
+    /// Everything that has been written and not been read yet.
     std::string read() const
     {
         std::string text;
@@ -65,7 +64,7 @@ public:
     }
 
 private:
-    int m_ends[2] = {-1, -1}; ///< for reading, without waiting, and for writing
+    int m_ends[2] = {-1, -1}; ///< for reading, without blocking, and for writing
 };
 
 std::string contents(const std::string& file)
@@ -75,8 +74,8 @@ std::string contents(const std::string& file)
     return text.str();
 }
 
-// More than any pipe or socket holds by default. A writer that waited would wait for ever, and the
-// test's time limit would end it.
+// More than any pipe or socket holds by default. A writer that blocks would block for ever, until
+// the test's time limit ends it.
 constexpr int floodOfLines = 100000;
 
 class StandardErrorLogTo : public testing::TestWithParam<bool>

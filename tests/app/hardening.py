@@ -15,7 +15,7 @@ import tempfile
 
 
 def readelf(what, executable):
-    """What readelf says of `executable`."""
+    """The output of readelf for `executable`."""
     done = subprocess.run(
         ["readelf", "--wide", what, str(executable)],
         check=True,
@@ -57,7 +57,7 @@ def unfortified(commands):
 
 
 def control(compiler):
-    """What is found missing in a program that has nothing of it."""
+    """Control: what is missing in a program without any hardening."""
     with tempfile.TemporaryDirectory(prefix="snmpdiscovery-") as folder:
         source = pathlib.Path(folder) / "program.cpp"
         source.write_text("int main() {}\n", encoding="ascii")

@@ -63,8 +63,8 @@ TEST(Entry, StandardDescriptorsThatTheParentClosedAreOpenBeforeAnythingElse)
 
 TEST(Entry, AnExceptionFromInitIsLoggedAndEndsWith78)
 {
-    // A command without a path is looked up in PATH. Without that variable POCO never learns the
-    // command's name, and showing the help fails in its turn.
+    // POCO looks a command without a path up in PATH. Without that variable it does not learn the
+    // command's name, and so cannot show the help.
     const FakeNetwork network;
     const CapturedOutput output;
     const EnvironmentGuard path("PATH", std::nullopt);
@@ -102,7 +102,7 @@ private:
 TEST(Entry, AnExceptionThatIsNotPocosPassesOut)
 {
     const FakeNetwork network;
-    for (int i = 0; i < 2; ++i) { // a second time shows that the first application is gone
+    for (int i = 0; i < 2; ++i) { // the second time shows that the first application is gone
         const RefusingOutput output;
         EXPECT_THROW(enter({"/opt/tool/SNMPDiscovery", "--help"}), std::ios_base::failure);
     }

@@ -60,7 +60,7 @@ TEST(MibFolderTest, NetSnmpFindsTheTenAndNoOther)
     EXPECT_THAT(LoadedMibFolder::Get().Found(), TheTenModules());
 }
 
-// SNMPv2-CONF only holds macros, which Net-SNMP knows by heart: it never needs to read that file.
+// SNMPv2-CONF holds only macros, which Net-SNMP knows itself: it never needs to read that file.
 TEST(MibFolderTest, PrinterMibLeadsToAllThatDefineNames)
 {
     EXPECT_THAT(LoadedMibFolder::Get().Read(),
@@ -98,7 +98,7 @@ TEST(MibFolderTest, TheMacrosLoadWithoutAComplaint)
     EXPECT_THAT(complaints, Each(SkippedMacro()));
 }
 
-// Guards the tests above: a complaint would have been seen.
+// Control for the tests above: they would notice a complaint.
 TEST(MibFolderTest, ComplaintsOfNetSnmpAreSeen)
 {
     static int s_run = 0; // Net-SNMP does not complain twice in a row about the same module

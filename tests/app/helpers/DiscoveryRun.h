@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// A whole run without interfaces, with a library that is set up and torn down without fail; what a
-/// test does not change. The default persistent folder lies in a temporary directory of the test's.
+/// A whole run. Unless a test changes it, there are no interfaces, and the set-up and tear-down of
+/// the library succeed. The default persistent folder lies in a temporary directory of the test.
 class DiscoveryRun : public testing::Test
 {
 protected:
@@ -22,7 +22,7 @@ protected:
         network.terminate = [] {};
     }
 
-    /// One interface in each of so many subnets of 16 addresses: 198.51.100.1, 198.51.100.17 …
+    /// One interface in each of `count` subnets of 16 addresses: 198.51.100.1, 198.51.100.17 …
     static std::vector<Poco::Net::NetworkInterface> interfacesInSubnets(std::size_t count)
     {
         std::vector<Poco::Net::NetworkInterface> interfaces;

@@ -20,7 +20,7 @@ namespace {
 
 FakeNetwork* inForce = nullptr;
 
-/// What the members of the faked session know of it: the real fields are left alone.
+/// What the faked members know of a session. They do not use the real fields.
 struct Opened
 {
     long version;
@@ -130,7 +130,7 @@ extern "C" oid* snmp_parse_oid(const char* text, oid* ids, size_t* length)
     return ids;
 }
 
-/// What Poco::Thread::sleep calls. Other threads, and programs without a fake, sleep.
+/// Poco::Thread::sleep calls this. On other threads, and without a fake, it sleeps.
 extern "C" int nanosleep(const timespec* time, timespec*)
 {
     if (inForce == nullptr || !inForce->onItsOwnThread()) {

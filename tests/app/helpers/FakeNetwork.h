@@ -20,12 +20,12 @@ struct snmp_pdu;
 
 /// Stands in for the host's interfaces, for the SNMP library and for the run's pauses: the test
 /// program defines `NetworkInterface::list`, the members of `SNMPSession` that the application uses
-/// and `nanosleep`, so nothing is ever sent and no pause takes time. It records what the
-/// application does, in order, and does what a test told it; whatever a test did not announce fails
-/// that test, except that pauses need no announcement.
+/// and `nanosleep`, so nothing is ever sent and no pause takes time. It records the application's
+/// calls in order, and answers each by the function that the test gave it (the public members). A
+/// call for which there is none fails the test, except for pauses and the opening of sessions.
 ///
-/// Threads: the application's workers call in from their own threads; every member is locked,
-/// except that the script (the public functions) must be complete before the first worker starts.
+/// Threads: the application's workers call from their own threads, and every member is locked. The
+/// public functions must be set before the first worker starts.
 class FakeNetwork
 {
 public:
@@ -43,7 +43,7 @@ public:
         pthread_t thread;
     };
 
-    /// Becomes the one that is in force until it is destroyed. Only one may exist at a time.
+    /// Receives the application's calls until it is destroyed. Only one may exist at a time.
     FakeNetwork();
     ~FakeNetwork();
     FakeNetwork(const FakeNetwork&) = delete;
@@ -51,8 +51,8 @@ public:
 
     static FakeNetwork& instance();
 
-    /// False where a library's calls do not reach the program's own `nanosleep` (macOS): pauses are
-    /// real there, and neither recorded nor told to `pause`.
+    /// False where a library's calls do not reach the program's own `nanosleep` (macOS). There
+    /// pauses are real, are not recorded, and do not call `pause`.
     static bool pausesAreFaked() noexcept;
     /// Whether this is the thread that made the object, whose pauses are faked: the main thread.
     bool onItsOwnThread() const noexcept { return std::this_thread::get_id() == m_thread; }

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-/// The application with what it keeps to itself and its subclasses in the open.
+/// The application with its protected members made public.
 class TestApp : public SNMPDiscoveryApp
 {
 public:

@@ -32,7 +32,7 @@ LoadedMibFolder::LoadedMibFolder() : m_mibs("MIBS", "Printer-MIB")
     netsnmp_register_loghandler(NETSNMP_LOGHANDLER_CALLBACK, LOG_DEBUG);
 
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_SAVE_MIB_DESCRS, 1);
-    // Also what Net-SNMP passes over by default, such as a second definition of a name.
+    // Also about what Net-SNMP ignores by default, such as a second definition of a name.
     netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MIB_WARNINGS, 1);
 
     m_complaints = ComplaintsDuring([] {
@@ -43,7 +43,7 @@ LoadedMibFolder::LoadedMibFolder() : m_mibs("MIBS", "Printer-MIB")
     Collect(get_tree_head());
     for (int id = 0; const module* known = find_module(id); ++id) {
         m_found.emplace(known->name, known->file);
-        if (known->no_imports != -1) { // -1: nobody asked for it
+        if (known->no_imports != -1) { // -1: it was not needed
             m_read.emplace(known->name);
         }
     }

@@ -35,7 +35,7 @@ public:
 
     /// Modules that Net-SNMP found, by name, each with its file.
     const std::map<std::string, std::string>& Found() const { return m_found; }
-    /// Those of them that it went on to read, because Printer-MIB imports them by some way.
+    /// Those of them that it read, because Printer-MIB imports them, directly or not.
     const std::set<std::string>& Read() const { return m_read; }
     /// Textual conventions of all modules, in the order of reading.
     const std::vector<std::string>& TextualConventions() const { return m_conventions; }
