@@ -6,11 +6,23 @@ mirror. It is never written to: whoever enters it sees an overlay that ends with
 
 import os
 import pathlib
+import shutil
 import tempfile
 
 import shipping
 
-MIRROR = os.environ.get("SNMPDISCOVERY_DEBIAN_MIRROR", "http://deb.debian.org/debian")
+
+def mirrors():
+    """Where a root's packages come from, as arguments for debootstrap: where this machine's do,
+    or, when that cannot be determined, debootstrap's own default."""
+    chosen = os.environ.get("SNMPDISCOVERY_DEBIAN_MIRROR")
+    if chosen:
+        return [chosen]
+    if shutil.which("apt-get") is None:
+        return []
+    labels = ["Created-By: Packages", "Label: Debian"]
+    return shipping.run("apt-get", "indextargets", "--format", "$(REPO_URI)", *labels).split()[:1]
+
 
 # In a mount namespace of its own: $1 is the root, $2 "tmpfs" or a folder to keep what is
 # written, $3 a folder of the machine that appears as /mnt, read-only; the rest is the
@@ -53,7 +65,7 @@ def debian(suite):
         with tempfile.TemporaryDirectory(prefix=f"{suite}-", dir=folder) as making:
             new = pathlib.Path(making) / "root"
             shipping.run(
-                *("debootstrap", "--variant=minbase", suite, new, MIRROR), timeout=900
+                *("debootstrap", "--variant=minbase", suite, new, *mirrors()), timeout=900
             )
             new.rename(root)
     return root
