@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import platform
 import re
 import shutil
 import statistics
@@ -28,14 +29,10 @@ def measure(build, quick):
     tool, simulator = build / "SNMPDiscovery", build / "lab" / "lab_simulator"
     runs = 1 if quick else 10
     storm = lab_run.campus(simulator, "--first", "198.18.1.0", "--agents", 250)
-    walls = []
-    with lab_run.in_memory(tool):
-        for _ in range(runs):
-            result = lab_run.observe(storm, [tool])
-            if len(lab_run.found(result)) != 250:
-                raise SystemExit(f"{len(lab_run.found(result))} of 250 agents")
-            walls.append(result["seconds"])
-        parts = start_and_end(tool, 1 if quick else 5)
+    walls, parts = beyond_the_waits(tool, storm, runs, 1 if quick else 5)
+    static = static_tool()
+    if static is not None:
+        static = beyond_the_waits(static, storm, runs, 1 if quick else 5)
     responders = {}
     for number in [250] if quick else RESPONDERS:
         network = campus_of(simulator, number)
@@ -46,6 +43,7 @@ def measure(build, quick):
         result = lab_run.observe(many_subnets(number), line, seconds=60)
         subnets[str(number)] = cost(result)
     return {
+        "static": static and {"walls": static[0], "parts": static[1]},
         "walls": walls,
         "real_time": os.sched_getscheduler(0) != os.SCHED_OTHER,
         "parts": parts,
@@ -53,6 +51,25 @@ def measure(build, quick):
         "subnets": subnets,
         "road": road(build),
     }
+
+
+def static_tool():
+    """The newest static executable of scripts/cross for this processor, or None."""
+    name = f"SNMPDiscovery-*-linux-{platform.machine()}-static/SNMPDiscovery"
+    found = (lab_run.ROOT / "build" / "dist").glob(name)
+    return max(found, key=lambda path: path.stat().st_mtime, default=None)
+
+
+def beyond_the_waits(tool, storm, runs, part_runs):
+    """The times of whole runs, and the parts of one."""
+    walls = []
+    with lab_run.in_memory(tool):
+        for _ in range(runs):
+            result = lab_run.observe(storm, [tool])
+            if len(lab_run.found(result)) != 250:
+                raise SystemExit(f"{len(lab_run.found(result))} of 250 agents")
+            walls.append(result["seconds"])
+        return walls, start_and_end(tool, part_runs)
 
 
 def campus_of(simulator, number):
@@ -167,25 +184,34 @@ def priority(data):
     return ", real-time priority" if data["real_time"] else ""
 
 
+def executables(data):
+    """What was measured: the name of each executable, its walls and its parts."""
+    static = data.get("static")
+    also = [("static executable", static["walls"], static["parts"])] if static else []
+    return [("shared libraries", data["walls"], data["parts"]), *also]
+
+
 def wall_table(data):
-    walls = sorted(data["walls"])
-    over = [milliseconds(each - WAITS)
-            for each in (walls[0], statistics.median(walls), walls[-1])]
-    return table(["ms beyond the 7 seconds of waiting", "least", "median", "most"],
-                 [[f"250 agents, {len(walls)} runs{priority(data)}", *over]])
+    rows = []
+    for name, walls, _ in executables(data):
+        ordered = sorted(walls)
+        over = [milliseconds(each - WAITS)
+                for each in (ordered[0], statistics.median(ordered), ordered[-1])]
+        rows.append([f"{name}, 250 agents, {len(walls)} runs{priority(data)}", *over])
+    return table(["ms beyond the 7 seconds of waiting", "least", "median", "most"], rows)
 
 
 def parts_table(data):
-    parts = data["parts"]
     rows = []
-    for name, run, without in (
+    for part, run, without in (
         ("the process: loading, command line, exit", "help", None),
         ("Net-SNMP: set-up, files, tear-down", "without modules", "help"),
         ("Net-SNMP: reading the MIB modules", "with modules", "without modules"),
     ):
-        cells = [parts[run][key] - (parts[without][key] if without else 0)
-                 for key in ("seconds", "processor")]
-        rows.append([name, *map(milliseconds, cells)])
+        for name, _, parts in executables(data):
+            cells = [parts[run][key] - (parts[without][key] if without else 0)
+                     for key in ("seconds", "processor")]
+            rows.append([f"{part}; {name}", *map(milliseconds, cells)])
     return table([f"part of a run{priority(data)}", "ms", "ms of the processor"], rows)
 
 
