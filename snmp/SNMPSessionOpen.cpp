@@ -13,6 +13,10 @@ namespace {
 constexpr long timeoutMicroseconds = 3000000; // until a resend
 constexpr int retries = 2;                    // resends after the first
 
+/// RFC 3411, SnmpEngineID: OCTET STRING (SIZE(5..32)).
+constexpr size_t shortestEngineID = 5;
+constexpr size_t longestEngineID = 32;
+
 /// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
 /// unset. The outcome is not examined, on purpose: a derivation that fails (a pass phrase under
 /// eight characters, no authentication protocol) leaves `keyCapacity` zeros as the key, and the
@@ -165,6 +169,29 @@ bool SNMPSession::InitializeSession(long version, bool broadcast)
     }
     ReleaseCopies(m_session);
     return m_sessionPtr != nullptr;
+}
+
+bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
+                               size_t* engineIDLength)
+{
+    if (engineID == nullptr || engineIDLength == nullptr) {
+        return false;
+    }
+    size_t capacity = longestEngineID;
+    size_t length = 0;
+    auto* buffer = static_cast<unsigned char*>(std::malloc(capacity));
+    if (buffer == nullptr) {
+        return false;
+    }
+    // A longer text makes Net-SNMP move the buffer; it stays ours, also when the text is refused.
+    if (snmp_hex_to_binary(&buffer, &capacity, &length, 1, hex.c_str()) == 0 ||
+        length < shortestEngineID || length > longestEngineID) {
+        std::free(buffer);
+        return false;
+    }
+    *engineID = buffer;
+    *engineIDLength = length;
+    return true;
 }
 
 } // namespace UVARNETSNMP

@@ -2,9 +2,9 @@
 // nothing crashes, nothing is lost (LeakSanitizer looks at that), and what is left is one of the
 // states that the classes name.
 
-#include "tests/snmp/FaultPoints.h"
-#include "tests/snmp/LoopbackAgent.h"
-#include "tests/snmp/SNMPSessionLoopback.h"
+#include "tests/snmp/helpers/FaultPoints.h"
+#include "tests/snmp/helpers/LoopbackAgent.h"
+#include "tests/snmp/helpers/SNMPSessionLoopback.h"
 
 #include <gtest/gtest.h>
 
@@ -180,17 +180,6 @@ TEST_F(SNMPSessionLoopback, EachFailureOfAnEngineID)
         std::free(engineID);
     });
     EXPECT_EQ(functions, (std::set<std::string>{"malloc", "snmp_hex_to_binary"}));
-}
-
-TEST_F(SNMPSessionLoopback, EachFailureWhileAnOIDIsPrinted)
-{
-    const std::set<std::string> functions = failEachInTurn([&] {
-        const std::string numeric = m_oid.toString(NETSNMP_OID_OUTPUT_NUMERIC);
-        const std::string dotted = m_oid.toDottedNotation();
-        EXPECT_TRUE(numeric.empty() || numeric == ".1.3.6.1.2.1.1.3.0") << numeric;
-        EXPECT_TRUE(dotted.empty() || dotted == "1.3.6.1.2.1.1.3.0") << dotted;
-    });
-    EXPECT_EQ(functions.count("sprint_realloc_objid"), 1U);
 }
 
 TEST_F(SNMPSessionLoopback, ThreadsOpenTheirSessionsOneAfterTheOther)

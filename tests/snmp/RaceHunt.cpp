@@ -4,8 +4,8 @@
 //     snmp_race_hunt THREADS SECONDS MIBS     0 when every thread of every round had its answer
 
 #include "snmp/SNMPSession.h"
-#include "tests/snmp/LoopbackAgent.h"
-#include "tests/snmp/Wire.h"
+#include "tests/snmp/helpers/LoopbackAgent.h"
+#include "tests/snmp/helpers/Wire.h"
 #include "tests/support/Guards.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // The callback through which Net-SNMP delivers the answers to an asynchronous Get.
 
-#include "tests/snmp/ReceivingSession.h"
+#include "tests/snmp/helpers/ReceivingSession.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Setting Net-SNMP up and shutting it down: which of its functions are called, in which order, with
 // what, and what the environment holds by then.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/helpers/FakeNetSNMP.h"
 #include "tests/support/Guards.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // The wait of the asynchronous Get, which gathers answers until its time is over. The clock stands
 // still but for what select() takes.
 
-#include "tests/snmp/ReceivingSession.h"
+#include "tests/snmp/helpers/ReceivingSession.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // loopback interface.
 
 #include "snmp/SNMPTimedSession.h"
-#include "tests/snmp/SNMPSessionLoopback.h"
-#include "tests/snmp/Wire.h"
+#include "tests/snmp/helpers/SNMPSessionLoopback.h"
+#include "tests/snmp/helpers/Wire.h"
 
 #include <gtest/gtest.h>
 

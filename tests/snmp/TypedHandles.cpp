@@ -1,5 +1,5 @@
-// The headers that this is compiled with do give the handle of a session a type of its own: else the
-// library beside it would be compiled with nothing new.
+// The headers that this is compiled with do give the handle of a session a type of its own: else
+// the library beside it would be compiled with nothing new.
 
 #include "snmp/SNMPSession.h"
 

@@ -1,4 +1,4 @@
-#include "tests/snmp/FaultPoints.h"
+#include "tests/snmp/helpers/FaultPoints.h"
 
 #include <net-snmp/net-snmp-config.h>
 
@@ -102,10 +102,6 @@ FAULT_POINT(int, snmp_sess_select_info,
 FAULT_POINT(int, select, (int count, fd_set* in, fd_set* out, fd_set* other, timeval* time),
             (count, in, out, other, time), -1)
 FAULT_POINT(int, snmp_sess_read, (void* handle, fd_set* set), (handle, set), -1)
-FAULT_POINT(int, sprint_realloc_objid,
-            (u_char * *buffer, size_t* room, size_t* length, int grow, const oid* name,
-             size_t count),
-            (buffer, room, length, grow, name, count), 0)
 
 int __real_snmp_sess_synch_response(void* handle, netsnmp_pdu* pdu, netsnmp_pdu** response);
 int __wrap_snmp_sess_synch_response(void* handle, netsnmp_pdu* pdu, netsnmp_pdu** response);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "snmp/SNMPSession.h"
-#include "tests/snmp/LoopbackAgent.h"
+#include "tests/snmp/helpers/LoopbackAgent.h"
 
 #include <gtest/gtest.h>
 

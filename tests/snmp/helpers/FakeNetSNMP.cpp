@@ -1,4 +1,4 @@
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/helpers/FakeNetSNMP.h"
 
 #include <gtest/gtest.h>
 

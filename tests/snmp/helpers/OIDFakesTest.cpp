@@ -1,7 +1,6 @@
 // The fakes themselves: each must fail the test that meets what it did not expect.
 
-#include "tests/snmp/OIDTestHelpers.h"
-#include "tests/snmp/OIDValueHelpers.h"
+#include "tests/snmp/helpers/OIDTestHelpers.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>

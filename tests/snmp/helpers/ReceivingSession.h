@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/helpers/FakeNetSNMP.h"
 
 #include <gtest/gtest.h>
 

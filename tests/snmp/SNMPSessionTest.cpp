@@ -1,17 +1,19 @@
 // When a session is opened and closed, and what it is if it could not be opened.
 
-#include "tests/snmp/OpenedSession.h"
+#include "tests/snmp/helpers/OpenedSession.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <string>
 #include <type_traits>
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using UVARNETSNMP::ByteString;
 using UVARNETSNMP::SNMPSecurity;
 using UVARNETSNMP::SNMPSession;
 
@@ -123,6 +125,15 @@ TEST_F(SNMPSessionLifetime, TheFieldsStandInOrder)
     for (size_t i = 1; i < std::size(fields); ++i) {
         EXPECT_LT(fields[i - 1], fields[i]) << i;
     }
+}
+
+TEST(Snmpstring, EndsAtTheFirstNul)
+{
+    EXPECT_EQ(SNMPSession::snmpstring("public"), Octets("public"));
+    EXPECT_EQ(SNMPSession::snmpstring(std::string("ab\0cd", 5)), Octets("ab"));
+    EXPECT_EQ(SNMPSession::snmpstring(std::string("\0cd", 3)), ByteString());
+    EXPECT_EQ(SNMPSession::snmpstring(""), ByteString());
+    EXPECT_EQ(SNMPSession::snmpstring("\xff\x80"), (ByteString{0xff, 0x80}));
 }
 
 } // namespace

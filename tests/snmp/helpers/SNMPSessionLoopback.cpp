@@ -1,6 +1,6 @@
-#include "tests/snmp/SNMPSessionLoopback.h"
+#include "tests/snmp/helpers/SNMPSessionLoopback.h"
 
-#include "tests/snmp/Wire.h"
+#include "tests/snmp/helpers/Wire.h"
 #include "tests/support/Guards.h"
 
 #include <memory>

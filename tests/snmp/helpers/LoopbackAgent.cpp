@@ -1,4 +1,4 @@
-#include "tests/snmp/LoopbackAgent.h"
+#include "tests/snmp/helpers/LoopbackAgent.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,4 +1,4 @@
-#include "tests/snmp/OIDFakes.h"
+#include "tests/snmp/helpers/OIDFakes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // What the fake of Net-SNMP must not let pass: each of these is a failure of the test that does it.
 
-#include "tests/snmp/FakeNetSNMP.h"
+#include "tests/snmp/helpers/FakeNetSNMP.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/snmp/Wire.h"
+#include "tests/snmp/helpers/Wire.h"
 
 #include <stdexcept>
 
