@@ -54,7 +54,7 @@ std::vector<unsigned> Agents::addressed(std::uint32_t destination)
     }
     std::vector<unsigned> order(m_options.agents);
     std::iota(order.begin(), order.end(), 0U);
-    // By hand, since the algorithm behind std::shuffle differs between libraries.
+    // Not std::shuffle, whose result differs between standard libraries.
     for (unsigned left = m_options.agents; left > 1; --left) {
         std::swap(order[left - 1], order[m_random() % left]);
     }

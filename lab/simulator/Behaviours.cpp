@@ -74,7 +74,7 @@ Octets community(const Message& answer, unsigned agent, std::mt19937& /*random*/
     return made.encode();
 }
 
-/// An answer all the same: the longest community that Net-SNMP reads in every release.
+/// Still an answer: nobody compares the community, and Net-SNMP accepts one of up to 255 octets.
 Octets longCommunity(const Message& answer, unsigned /*agent*/, std::mt19937& /*random*/)
 {
     Message made = answer;

@@ -57,7 +57,7 @@ private:
     {
         constexpr int turn = 1000;
         if (m_options.flood > 0) {
-            // Sending the last share may have taken longer than a turn: then the next one is due.
+            // If sending took longer than a millisecond, the next datagrams are due already.
             return Clock::now() - m_flooded < std::chrono::milliseconds(1) ? 1 : 0;
         }
         if (m_waiting.empty()) {

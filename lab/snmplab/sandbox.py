@@ -1,10 +1,10 @@
 """Fresh namespaces around a whole lab.
 
 The calling process unshares and forks. Its child is the first process of the new
-process namespace; it does all the work and is killed by the kernel when the caller
-ends, and with a first process the kernel ends every other process of its namespace.
-So the lab is gone with its caller whatever happens, a kill -9 included, and with the
-last process go the network namespaces, the mounts and the scratch folder.
+process namespace and does all the work. When the caller ends, even by kill -9, the kernel
+kills the child; and when the first process of a namespace ends, it kills every other
+process there. With the last process the network namespaces, the mounts and the scratch
+folder are gone.
 """
 
 from __future__ import annotations
@@ -25,8 +25,8 @@ EXIT_NOT_EXECUTABLE = 126
 EXIT_NOT_FOUND = 127
 EXIT_SIGNAL_BASE = 128
 
-# Covered by a file system in memory inside the lab; what the machine keeps there
-# (sockets, process ids) is hidden with it.
+# The lab mounts an empty file system here, so that what the machine keeps there
+# (sockets, process ids) is hidden.
 SCRATCH = "/run"
 
 _IMPOSSIBLE = "lab: namespaces are impossible here"

@@ -1,5 +1,5 @@
-"""What the tests of this folder share: the lab's package on the path, and skips that
-nobody overlooks."""
+"""What the tests of this folder share: the lab's package on the path, and skips that are
+printed."""
 
 import functools
 import pathlib
@@ -15,13 +15,13 @@ sys.path.insert(0, str(LAB))
 
 
 def skip(reason):
-    """Ends the test as skipped and says so where a log is read."""
+    """Ends the test as skipped, and prints the reason to standard error too."""
     print(f"SKIPPED: {reason}", file=sys.stderr, flush=True)
     raise unittest.SkipTest(reason)
 
 
 def run_outside(command, environment=None):
-    """Runs a program that refuses to start or only looks, in the machine's own namespace."""
+    """Runs a program that sends nothing in the machine's own namespace."""
     return subprocess.run(
         command,
         env=environment,
@@ -39,8 +39,8 @@ def _check():
 
 
 def require_namespaces():
-    """Skips the test on a machine that lets nobody make namespaces; whatever else is
-    wrong with the lab fails it."""
+    """Skips the test on a machine that allows no namespaces. Any other fault of the lab
+    fails the test."""
     result = _check()
     if result.returncode == 77:
         skip(result.stderr.strip())
@@ -51,8 +51,8 @@ def require_namespaces():
 # A host without interfaces.
 ALONE = {"subnets": {}, "host": {"interfaces": []}, "agents": []}
 
-# Stands in for the tool: sends one GET to each address given and prints who answered
-# within the seconds given, sorted.
+# A stand-in for the tool: sends one GET to each address given, and prints the senders of the
+# answers within the seconds given, sorted.
 ASK = """
 import socket, sys, time
 sys.path.insert(0, {path!r})
@@ -84,7 +84,7 @@ def ask(*addresses, seconds=1.0, community="public", copies=1):
 
 
 def office(*agents):
-    """A host at 192.0.2.1 and agents on its subnet, responders unless they say else."""
+    """A host at 192.0.2.1 and agents on its subnet, responders unless they name another kind."""
     interface = {"name": "eth0", "subnet": "office", "addresses": "192.0.2.1"}
     return {
         "subnets": {"office": "192.0.2.0/24"},

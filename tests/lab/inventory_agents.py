@@ -133,8 +133,8 @@ def answer(request, objects):
 
 
 class Cache:
-    """Remembers what follows the request's identifier in an answer: most requests differ in
-    that alone, and thousands are to be answered quickly on a busy machine."""
+    """Remembers what follows the request's identifier in an answer. Most requests differ in
+    the identifier alone, and the program must answer thousands on a busy machine."""
 
     def __init__(self):
         self._known = {}
@@ -187,7 +187,7 @@ def replies(behaviour, request, seen):
 
 
 class Server:
-    """One socket for all addresses: what is sent leaves from the address that was asked."""
+    """One socket for all addresses. An answer leaves from the address that was asked."""
 
     def __init__(self, settings):
         network = ipaddress.ip_network(settings["network"])

@@ -1,6 +1,6 @@
 """A parent that treats the tool badly; runs on the host of a lab.
 
-    parent.py MODE COMMAND...     prints what became of COMMAND as one JSON object
+    parent.py MODE COMMAND...     prints the outcome of COMMAND as one JSON object
 
 Modes: full-error, full-output, broken-output, closed:NUMBERS, open:COUNT,
 limit:COUNT, and kill:SIGNAL:SECONDS. Every wait has an end.
@@ -20,7 +20,7 @@ SECONDS = 60  # that the command may take
 
 
 def full_pipe():
-    """The writing end of a pipe that is full, and the reading end, which is to be kept."""
+    """The writing end of a full pipe, and the reading end, which must stay open."""
     reader, writer = os.pipe()
     fcntl.fcntl(writer, fcntl.F_SETFL, os.O_NONBLOCK)
     try:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Runs the tests of this folder side by side, each case in a process of its own: they
-mostly wait. Prints a line for each, what a failed one said, and the counts; ends with 0
-when nothing failed and something ran.
+"""Runs the tests of this folder side by side, because they mostly wait, each case in a
+process of its own. Prints a line for each, the output of those that failed, and the
+counts. The exit code is 0 if no case failed and at least one ran.
 
     run.py [-j JOBS] [--list] [WORD]...     cases whose names contain one of the words
 """

@@ -98,6 +98,7 @@ TEST(Behaviours, VersionCommunityStatusAndTypeChangeNothingElse)
     expectOnlyChange("version", 0, [](Message& m) { m.version = 1; });
     expectOnlyChange("version", 2, [](Message& m) { m.version = 3; });
     expectOnlyChange("community", 1, [](Message& m) { m.community = "other"; });
+    expectOnlyChange("long-community", 7, [](Message& m) { m.community = Octets(250, 'c'); });
     expectOnlyChange("error-status", 1, [](Message& m) {
         m.errorStatus = 2;
         m.errorIndex = 1;
