@@ -1,5 +1,5 @@
-"""What docs/integration.md shows to the programs that start the tool: the schema, and the
-examples in three languages, run in the lab."""
+"""What docs/integration.md shows to programs: the schema of the tool's document, and examples in
+three languages that start snmp-inventory, run in the lab."""
 
 import json
 import pathlib
@@ -14,16 +14,9 @@ import shipping  # noqa: E402
 from shipping import ROOT, run  # noqa: E402
 
 SCHEMA = ROOT / "docs/document.schema.json"
-EXAMPLES = sorted((ROOT / "docs/examples").glob("*/agents.*"))
+EXAMPLES = sorted((ROOT / "docs/examples").glob("*/printers.*"))
 
-# In numeric order, which is not the document's.
-TABLE = b"""\
-No.\tAddress
-1\t192.0.2.9
-2\t192.0.2.10
-3\t198.51.100.20
-4\t203.0.113.70
-"""
+LISTED = b"192.0.2.9\t21500\n198.51.100.20\t130042\n"
 
 
 class Schema(shipping.LabTest):
@@ -70,35 +63,51 @@ class Examples(shipping.LabTest):
     def setUp(self):
         super().setUp()
         shipping.require("jq", "python3", "node", "timeout")
-        self.tool = shipping.build_folder() / "SNMPDiscovery"
+        self.program = shipping.build_folder() / "snmp-inventory"
 
-    def example(self, path, *arguments, tool, code=0):
-        setting = f"SNMPDISCOVERY={tool}"
+    def example(self, path, *arguments, program=None, code=0):
+        setting = f"SNMP_INVENTORY={program or self.program}"
         return self.in_lab("demo", "env", setting, path, *arguments, code=code)
 
     def test_there_is_one_for_each_language(self):
         names = [path.parent.name for path in EXAMPLES]
         self.assertEqual(names, ["node", "python", "shell"])
 
-    def test_each_prints_a_table_of_what_was_found(self):
+    def test_each_prints_the_printers(self):
         for path in EXAMPLES:
             with self.subTest(path.name):
-                self.assertEqual(self.example(path, tool=self.tool).out, TABLE)
+                self.assertEqual(self.example(path).out, LISTED)
 
     def test_each_hands_options_on_and_copes_with_nobody(self):
         for path in EXAMPLES:
             with self.subTest(path.name):
-                outcome = self.example(path, "-c", "nobody", tool=self.tool)
-                self.assertEqual(outcome.out, b"No.\tAddress\n")
+                outcome = self.example(path, "--tool", self.fake("printf '[]'"))
+                self.assertEqual(outcome.out, b"")
 
-    def test_each_tells_a_run_that_gave_no_document(self):
-        cases = {"help": (self.tool, "--help"), "nothing": ("true",), "missing": ("/no/tool",)}
+    def test_each_copes_with_a_printer_that_does_not_count(self):
+        report = '[{"hostname":"192.0.2.9","answers":true,"printer":true}]'
+        program = self.fake(f"echo '{report}'")
         for path in EXAMPLES:
-            for name, (tool, *arguments) in cases.items():
-                with self.subTest(f"{path.name}: {name}"):
-                    outcome = self.example(path, *arguments, tool=tool, code=1)
-                    self.assertEqual(outcome.out, b"")
-                    self.assertIn(b"SNMPDiscovery gave no document", outcome.err)
+            with self.subTest(path.name):
+                outcome = self.example(path, program=program)
+                self.assertEqual(outcome.out, b"192.0.2.9\tunknown\n")
+
+    def test_each_fails_when_there_is_no_report(self):
+        for path in EXAMPLES:
+            with self.subTest(path.name):
+                outcome = self.example(path, "--tool", self.fake("echo usage"), code=1)
+                self.assertEqual(outcome.out, b"")
+                self.assertIn(b"snmp-inventory: ", outcome.err)
+                script = 'SNMP_INVENTORY=/no/program "$1" || echo failed'
+                outcome = self.in_lab("demo", "sh", "-c", script, "sh", path)
+                self.assertEqual(outcome.out, b"failed\n")
+
+    def fake(self, script):
+        """The path of a program that runs `script`."""
+        path = shipping.work_folder("fake") / "program"
+        path.write_text(f"#!/bin/sh\n{script}\n", "utf-8")
+        path.chmod(0o755)
+        return path
 
 
 class Document(unittest.TestCase):

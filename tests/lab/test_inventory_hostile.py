@@ -1,7 +1,6 @@
 """snmp-inventory among agents that mean harm, are slow, or are many."""
 
 import json
-import os
 import sys
 import unittest
 
@@ -127,8 +126,6 @@ class Many(InventoryTest):
         if self.sanitized():
             harness.skip("a sanitizer takes its time and memory")
         self.assertLess(result["memory"], KILOBYTES)
-        if os.getloadavg()[0] > 4 * os.cpu_count():
-            harness.skip("a busy machine: the time is not checked")
         self.assertLess(result["seconds"], seconds)
 
     def test_a_thousand_agents(self):

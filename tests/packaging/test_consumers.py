@@ -17,12 +17,7 @@ DOCUMENT = """\
 192.0.2.9 has printed 21500 pages; location: unknown
 """
 
-SUPPLIES = """\
-supply\tclass\ttype\tlevel\tof\tunit
-Black Toner\tsupplyThatIsConsumed\ttoner\t42\t100\tpercent
-Drum\tsupplyThatIsConsumed\topc\t21500\t60000\timpressions
-Waste Box\treceptacleThatIsFilled\twasteToner\t-2\t15000\ttenthsOfGrams
-"""
+COLUMN = "1.1\ttoner\n1.2\topc\n1.3\twasteToner\n"
 
 
 class Consumers(shipping.LabTest):
@@ -50,7 +45,7 @@ class Consumers(shipping.LabTest):
         shutil.copytree(EXAMPLES, cls.sources)
         cls.programs = {}
         for kind, setting in (("static", "OFF"), ("shared", "ON")):
-            for name in ("supplies", "document"):
+            for name in ("walk", "document"):
                 cls.programs[kind, name] = cls.build(
                     name, kind, f"-DSNMPDiscovery_SHARED_LIBS={setting}"
                 )
@@ -79,7 +74,7 @@ class Consumers(shipping.LabTest):
     def test_the_linked_library_is_of_the_kind_asked_for(self):
         for (kind, name), program in self.programs.items():
             with self.subTest(kind=kind, name=name):
-                own = {"supplies": "snmp", "document": "value"}[name]
+                own = {"walk": "snmp", "document": "value"}[name]
                 file = f"lib*/**/libsnmpdiscovery-{own}.so.*.*.*"
                 place = str(next(self.prefix.glob(file)).parent)
                 loaded = self.own_libraries(program)
@@ -90,29 +85,28 @@ class Consumers(shipping.LabTest):
         for kind in ("static", "shared"):
             self.assertEqual(run(self.programs[kind, "document"]), DOCUMENT)
 
-    def test_supplies_of_a_printer_are_walked(self):
+    def test_a_column_of_a_printer_is_walked(self):
         for kind in ("static", "shared"):
             with self.subTest(kind):
-                outcome = self.supplies(kind, "192.0.2.9")
-                self.assertEqual(outcome.out.decode(), SUPPLIES, outcome.err)
+                outcome = self.walk(kind, "192.0.2.9")
+                self.assertEqual(outcome.out.decode(), COLUMN, outcome.err)
 
-    def test_an_agent_that_is_no_printer_has_no_supplies(self):
-        outcome = self.supplies("static", "192.0.2.10")
-        self.assertEqual(outcome.out.decode(), SUPPLIES.splitlines(True)[0])
+    def test_an_agent_that_is_no_printer_has_nothing_there(self):
+        self.assertEqual(self.walk("static", "192.0.2.10").out, b"")
 
     def test_who_does_not_answer_is_told_of(self):
-        outcome = self.supplies("static", "192.0.2.9", "another", code=1)
-        self.assertEqual(outcome.err.splitlines()[-1], b"192.0.2.9 does not answer")
+        outcome = self.walk("static", "192.0.2.77", code=1)
+        self.assertEqual(outcome.err.splitlines()[-1], b"192.0.2.77 does not answer")
 
-    def supplies(self, kind, address, community="public", code=0):
+    def walk(self, kind, address, code=0):
         script = 'mibs=$1; program=$2; shift 2; exec "$program" "$mibs" "$TMPDIR/persistent" "$@"'
-        command = ["sh", "-c", script, "sh", ROOT / "mibs", self.programs[kind, "supplies"]]
-        return self.in_lab("printer", *command, address, community, code=code)
+        command = ["sh", "-c", script, "sh", ROOT / "mibs", self.programs[kind, "walk"]]
+        return self.in_lab("printer", *command, address, "prtMarkerSuppliesType", code=code)
 
     def test_pkg_config_is_enough(self):
         configs = next(self.prefix.glob("lib*/**/pkgconfig"))
         settings = dict(os.environ, PKG_CONFIG_PATH=str(configs))
-        for name, package in (("supplies", "snmp"), ("document", "value")):
+        for name, package in (("walk", "snmp"), ("document", "value")):
             flags = "pkg-config --cflags --libs snmpdiscovery-" + package
             program = self.folder / f"{name}-pkg-config"
             # pkg-config escapes the blank in the prefix for the shell.
@@ -123,7 +117,7 @@ class Consumers(shipping.LabTest):
             if name == "document":
                 self.assertEqual(run(program, env=libraries), DOCUMENT)
             else:
-                self.assertIn("usage: supplies", run(program, env=libraries, code=2))
+                self.assertIn("usage: walk", run(program, env=libraries, code=2))
             version = run("pkg-config", "--modversion", f"snmpdiscovery-{package}", env=settings)
             self.assertEqual(version.strip(), self.version())
 
@@ -162,9 +156,9 @@ class Consumers(shipping.LabTest):
     def test_the_value_library_needs_neither_poco_nor_net_snmp(self):
         without = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("Poco", "NetSNMP")]
         self.configure("document", self.folder / "alone", *without)
-        said = self.configure("supplies", self.folder / "lacking", *without, code=1)
+        said = self.configure("walk", self.folder / "lacking", *without, code=1)
         self.assertIn("Poco", said)
-        said = self.configure("supplies", self.folder / "lacking-too", without[1], code=1)
+        said = self.configure("walk", self.folder / "lacking-too", without[1], code=1)
         self.assertIn("The component snmp needs Net-SNMP 5.9 or later", said)
 
     def test_wrong_requests_are_refused(self):
