@@ -4,6 +4,7 @@
 #include "inventory/Failure.h"
 
 #include <stdlib.h> // mkdtemp is POSIX: <cstdlib> does not promise it
+#include <unistd.h> // declares it on macOS
 
 #include <cerrno>
 #include <filesystem>

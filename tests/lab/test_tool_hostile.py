@@ -264,6 +264,8 @@ class Hostile(ToolTest):
             harness.skip("valgrind is not installed")
         if self.sanitized:
             harness.skip("valgrind cannot run what has a sanitizer")
+        if "statically linked" in harness.run_outside(["ldd", str(self.tool)]).stdout:
+            harness.skip("valgrind cannot replace the allocator inside a static executable")
         topology = network("--behaviour", "plain", "--agents", "2", "--copies", "20")
         kinds = ("truncated 60", "random 200", "mutated 500", "deep 60", "indefinite 8")
         kinds += ("overlong 14", "pdu-type 32", "large 4", "community 12", "version 14")
