@@ -55,6 +55,7 @@ install(FILES ${PROJECT_BINARY_DIR}/bundle/launcher/snmp-inventory
     DESTINATION bin COMPONENT bundle EXCLUDE_FROM_ALL)
 install(FILES ${mib_files} DESTINATION mibs COMPONENT bundle EXCLUDE_FROM_ALL)
 
+install(DIRECTORY packaging/licences DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
 snmpdiscovery_install_documents(bundle doc EXCLUDE_FROM_ALL)
 install(FILES ${manual_pages} DESTINATION doc
     COMPONENT bundle EXCLUDE_FROM_ALL)

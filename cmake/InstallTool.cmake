@@ -5,13 +5,17 @@
 # PATH starts the tool there: it looks for the modules beside the path that it was started by, so a
 # link to it would not do. For snmp-inventory, which asks the system where it is, a link does.
 #
+# Component "settings": the administrator's settings in /etc and, beside the executable, where the tool
+# looks for them, a link to them. Packages for /usr take it in; `cmake --install` without a component
+# leaves it out.
+#
 # Component "bundle": one folder that can be moved anywhere, with the executables, the modules and
 # the libraries of POCO and Net-SNMP side by side. scripts/bundle makes it; `cmake --install`
 # without a component leaves it out.
 
 set(snmpdiscovery_private_dir ${CMAKE_INSTALL_LIBEXECDIR}/SNMPDiscovery)
 file(GLOB mib_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mibs/*.txt)
-set(documents README.md CHANGELOG.md SECURITY.md LICENSE)
+set(documents README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE)
 file(GLOB guides CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json
     ${PROJECT_SOURCE_DIR}/docs/*.png)
 list(FILTER guides EXCLUDE REGEX "/reference\\.md$")  # a page of the generated reference
@@ -26,8 +30,11 @@ function(snmpdiscovery_install_documents component folder)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/deploy
       DESTINATION ${folder} COMPONENT ${component} ${ARGN})
   install(FILES ${guides} DESTINATION ${folder}/docs COMPONENT ${component} ${ARGN})
-  install(FILES ${PROJECT_SOURCE_DIR}/mibs/README.md
-      DESTINATION ${folder}/mibs COMPONENT ${component} ${ARGN})
+  foreach(part IN ITEMS bench fuzz lab mibs tests)
+    file(GLOB pictures CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${part}/*.svg)
+    install(FILES ${PROJECT_SOURCE_DIR}/${part}/README.md ${pictures}
+        DESTINATION ${folder}/${part} COMPONENT ${component} ${ARGN})
+  endforeach()
 endfunction()
 
 # --- runtime
@@ -78,6 +85,24 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   install(FILES deploy/systemd/sysusers.conf RENAME snmpdiscovery.conf
       DESTINATION lib/sysusers.d COMPONENT runtime)
 endif()
+
+# What foreign code was compiled in, in the form of scripts/describe, and its licence.
+get_directory_property(cli11_version DIRECTORY inventory DEFINITION CLI11_VERSION)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/compiled-in
+    CONTENT "- CLI11 ${cli11_version} generic BSD-3-Clause\n")
+install(DIRECTORY packaging/licences
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/snmpdiscovery COMPONENT runtime)
+
+# --- settings
+
+set(settings_folder /etc/snmpdiscovery)
+install(FILES packaging/SNMPDiscovery.properties
+    DESTINATION ${settings_folder} COMPONENT settings EXCLUDE_FROM_ALL)
+set(settings_link ${PROJECT_BINARY_DIR}/settings/SNMPDiscovery.properties)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/settings)
+file(CREATE_LINK ${settings_folder}/SNMPDiscovery.properties ${settings_link} SYMBOLIC)
+install(FILES ${settings_link}
+    DESTINATION ${snmpdiscovery_private_dir} COMPONENT settings EXCLUDE_FROM_ALL)
 
 # --- bundle
 

@@ -8,6 +8,8 @@ import re
 import tarfile
 import unittest
 
+import bills
+import links
 import roots
 import shipping
 from shipping import ROOT, run
@@ -48,12 +50,12 @@ class Bundle(shipping.LabTest):
     def setUpClass(cls):
         shipping.require("readelf", "gzip", "tar")
         cls.build = shipping.build_folder()
-        cls.dist = shipping.work_folder("dist")
+        cls.dist = shipping.work_folder("bundle dist")
         said = run(ROOT / "scripts/bundle", "--build", cls.build, "--output", cls.dist)
         cls.archive = pathlib.Path(said.splitlines()[-1])
         cls.folder = cls.archive.parent / cls.archive.name[: -len(".tar.gz")]
         cls.libraries = {
-            line.split()[0]: line.split()[1:]
+            line.split()[0]: line.split()[1:3]
             for line in (cls.folder / "licences/LIBRARIES").read_text().splitlines()
         }
 
@@ -100,7 +102,7 @@ class Bundle(shipping.LabTest):
     def test_snmp_inventory_uses_the_tool_and_the_libraries_beside_it(self):
         self.assert_takes_stock(self.folder / "bin/snmp-inventory")
         said = run("ldd", self.folder / "snmp-inventory")
-        for name, path in re.findall(r"(\S+) => (/\S+)", said):
+        for name, path in re.findall(r"(\S+) => (/.*) \(", said):
             if not RUNTIME.match(name):
                 self.assertTrue(path.startswith(f"{self.folder}/"), path)
 
@@ -128,6 +130,61 @@ class Bundle(shipping.LabTest):
             self.assertTrue(version)
         self.assertTrue((self.folder / "licences/Apache-2.0").is_file())  # of OpenSSL
 
+    def test_its_name_and_a_file_tell_the_oldest_runtime(self):
+        programs = [self.folder / name for name in ("SNMPDiscovery", "snmp-inventory")]
+        programs += [*self.folder.glob("*.so*")]
+        versions = {}
+        for program in programs:
+            listed = run("readelf", "-VW", program)
+            for interface, version in re.findall(r"Name: (\w+?)_([0-9.]+)  Flags", listed):
+                if interface in ("GLIBC", "GLIBCXX", "CXXABI", "GCC"):
+                    number = tuple(int(part) for part in version.split("."))
+                    versions.setdefault(interface, {}).setdefault(number, set()).add(program.name)
+        text = (self.folder / "REQUIREMENTS").read_text("utf-8")
+        found = {}
+        for line in text.splitlines():
+            interface, version, *files = line.replace(":", "").split()
+            found[interface] = {tuple(int(part) for part in version.split(".")): set(files)}
+        newest = {i: {max(names): names[max(names)]} for i, names in versions.items()}
+        self.assertEqual(found, newest)
+        oldest = ".".join(str(part) for part in max(versions["GLIBC"]))
+        self.assertTrue(self.folder.name.endswith(f"-glibc{oldest}"), self.folder.name)
+        beside = pathlib.Path(f"{self.archive}.requirements")
+        self.assertEqual(beside.read_text("utf-8"), text)
+
+    def test_links_between_the_documents_hold(self):
+        self.assertEqual(links.broken(self.folder / "doc"), [])
+
+    def test_its_sum_and_its_bill_of_materials(self):
+        bill = bills.check(self, [self.archive])[self.archive.name]
+        packages = {tuple(each) for each in self.libraries.values()}
+        compiled_in = (self.build / "compiled-in").read_text("utf-8").split()[1:3]
+        self.assertEqual(bills.libraries(bill), packages | {tuple(compiled_in)})
+        files = {
+            each["name"]: each["hashes"][0]["content"]
+            for library in bill["components"]
+            for each in library.get("components", [])
+        }
+        self.assertEqual(files, {
+            name: hashlib.sha256((self.folder / name).read_bytes()).hexdigest()
+            for name in self.libraries
+        })
+        for library in bill["components"]:
+            if library["name"] in {name for name, _ in packages}:
+                self.assertRegex(library["purl"], r"^pkg:deb/\w+/[^?]+\?distro=\w+-[\w.]+$")
+
+    def test_nothing_is_left_behind_after_a_failure(self):
+        folder = shipping.work_folder("bundle-failure")
+        (folder / "readelf").write_text("#!/bin/sh\nexit 1\n", "utf-8")
+        (folder / "readelf").chmod(0o755)
+        temporary = folder / "temporary"
+        temporary.mkdir()
+        settings = dict(os.environ, PATH=f"{folder}:{os.environ['PATH']}", TMPDIR=str(temporary))
+        words = (ROOT / "scripts/bundle", "--build", self.build, "--output", folder / "new")
+        run(*words, code=1, env=settings)
+        self.assertEqual(list(temporary.iterdir()), [])
+        self.assertFalse((folder / "new").exists())
+
     def test_the_archive_holds_the_folder_and_can_be_made_again(self):
         with tarfile.open(self.archive) as archive:
             members = archive.getmembers()
@@ -135,7 +192,7 @@ class Bundle(shipping.LabTest):
         self.assertEqual(top, {self.folder.name})
         self.assertEqual({each.uid for each in members}, {0})
         before = hashlib.sha256(self.archive.read_bytes()).hexdigest()
-        again = shipping.work_folder("dist-again")
+        again = shipping.work_folder("bundle-again")
         said = run(ROOT / "scripts/bundle", "--build", self.build, "--output", again)
         after = pathlib.Path(said.splitlines()[-1]).read_bytes()
         self.assertEqual(hashlib.sha256(after).hexdigest(), before)

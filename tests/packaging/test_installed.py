@@ -8,6 +8,7 @@ import pathlib
 import re
 import unittest
 
+import links
 import shipping
 import terminal
 from shipping import ROOT, run
@@ -43,6 +44,9 @@ class Installed(shipping.LabTest):
             "share/doc/snmpdiscovery/README.md",
         ):
             self.assertTrue((self.prefix / path).is_file(), path)
+
+    def test_links_between_the_documents_hold(self):
+        self.assertEqual(links.broken(self.prefix / "share/doc/snmpdiscovery"), [])
 
     def test_the_launcher_finds_the_agents(self):
         self.assert_discovers_demo(self.prefix / "bin/SNMPDiscovery")

@@ -1,6 +1,7 @@
-"""The packages: what is in them, and Debian's installed on a minimal Debian 12, used in
-the lab and removed again."""
+"""The packages: what is in them, that they can be made again elsewhere, and Debian's
+installed on a minimal Debian 12, used in the lab and removed again."""
 
+import functools
 import hashlib
 import os
 import pathlib
@@ -8,6 +9,8 @@ import re
 import shutil
 import unittest
 
+import bills
+import links
 import roots
 import shipping
 from shipping import ROOT, run
@@ -15,6 +18,12 @@ from shipping import ROOT, run
 VERSION = re.search(
     r"^    VERSION ([0-9.]+)$", (ROOT / "CMakeLists.txt").read_text("utf-8"), re.MULTILINE
 ).group(1)
+
+# The system that packages are made on, as their names tell it.
+TAG = "".join(
+    re.search(rf"^{key}=\"?([^\"\n]*)", pathlib.Path("/etc/os-release").read_text(), re.MULTILINE)[1]
+    for key in ("ID", "VERSION_ID")
+).replace("debian", "deb")
 
 # Of a system with the tool: its files below /usr, as every package lays them out.
 LAYOUT = {
@@ -27,8 +36,17 @@ LAYOUT = {
     "libexec/SNMPDiscovery/snmp-inventory",
     "share/bash-completion/completions/SNMPDiscovery",
     "share/bash-completion/completions/snmp-inventory",
+    "share/doc/snmpdiscovery/licences/CLI11.txt",
     *(f"libexec/SNMPDiscovery/mibs/{path.name}" for path in (ROOT / "mibs").glob("*.txt")),
 }
+
+HOMEPAGE = "https://example.org/snmpdiscovery"
+SETTINGS = dict(
+    DEBEMAIL="maintainer@example.org",
+    SNMPDISCOVERY_HOMEPAGE=HOMEPAGE,
+    SNMPDISCOVERY_URL="https://example.org/snmpdiscovery.tar.gz",
+)
+KINDS = ("source", "rpm", "tgz", "deb")
 
 # The agents of the lab's demo, by number.
 IN_ORDER = ("192.0.2.9", "192.0.2.10", "198.51.100.20", "203.0.113.70")
@@ -65,15 +83,41 @@ dpkg --purge snmpdiscovery
 AS_NOBODY = 'cd / && exec setpriv --reuid 65534 --regid 65534 --clear-groups "$@"'
 
 
+def package(script, output, *kinds, **settings):
+    """Makes packages; returns their paths. lintian is part of the script: anything it
+    finds is a failure here."""
+    environment = dict(os.environ, **SETTINGS, **settings)
+    said = run(script, "--output", output, *kinds, timeout=1100, env=environment)
+    return [pathlib.Path(each) for each in said.splitlines() if each.startswith("/")]
+
+
+@functools.lru_cache(maxsize=None)
+def made():
+    """Every kind of package, by its kind, and the formula."""
+    programs = ("dpkg-buildpackage", "dh", "lintian", "fakeroot", "rpm", "rpmbuild", "cpack")
+    shipping.require(*programs)
+    output = shipping.work_folder("packages") / "with a blank"
+    found = package(ROOT / "scripts/package", output, *KINDS)
+    names = [each.name for each in found if output in each.parents]
+    by_kind = {
+        "source": f"snmpdiscovery-{VERSION}.tar.gz",
+        "formula": "snmpdiscovery.rb",
+        "rpm": f"snmpdiscovery-{VERSION}-1.{TAG}.{os.uname().machine}.rpm",
+        "tgz": f"snmpdiscovery-{VERSION}-{TAG}-{os.uname().machine}.tar.gz",
+        "deb": f"snmpdiscovery_{VERSION}~{TAG}u1_{run('dpkg', '--print-architecture').strip()}.deb",
+    }
+    if names[-len(by_kind):] != list(by_kind.values()):
+        raise AssertionError(f"{names} instead of {list(by_kind.values())}")
+    return {kind: output / name for kind, name in by_kind.items()}
+
+
 class Debian(shipping.LabTest):
     @classmethod
     def setUpClass(cls):
         roots.require_root()
-        shipping.require("dpkg-buildpackage", "dh", "lintian", "fakeroot")
+        cls.deb = made()["deb"]
         cls.output = shipping.work_folder("deb")
-        # lintian is part of the script: anything it finds is a failure here.
-        run(ROOT / "scripts/package", "--output", cls.output, "deb", timeout=1200)
-        (cls.deb,) = cls.output.glob("*.deb")
+        shutil.copy(cls.deb, cls.output)
         cls.written = shipping.work_folder("deb-root")
         cls.root = roots.debian("bookworm")
         cls.outside("sh", "-c", INSTALL, timeout=900)
@@ -130,7 +174,9 @@ class Debian(shipping.LabTest):
 
     def test_the_package_describes_itself(self):
         said = run("dpkg-deb", "--field", self.deb)
-        self.assertIn(f"Version: {VERSION}\n", said)
+        self.assertIn(f"Version: {VERSION}~{TAG}u1\n", said)
+        self.assertIn("Maintainer: The SNMPDiscovery authors <maintainer@example.org>\n", said)
+        self.assertIn(f"Homepage: {HOMEPAGE}\n", said)
         depends = re.search(r"^Depends: (.*)$", said, re.MULTILINE).group(1)
         for library in ("libsnmp40", "libpocofoundation80", "libpoconet80", "libpocoutil80"):
             self.assertIn(library, depends)
@@ -146,15 +192,19 @@ class Debian(shipping.LabTest):
                     self.assertTrue(before.startswith("#"), line)
 
 
+class DebianDocuments(unittest.TestCase):
+    def test_links_between_the_documents_hold(self):
+        folder = shipping.work_folder("deb-contents")
+        run("dpkg-deb", "--extract", made()["deb"], folder)
+        self.assertEqual(links.broken(folder / "usr/share/doc/snmpdiscovery"), [])
+
+
 class Others(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        shipping.require("rpm", "rpmbuild", "cpack")
-        cls.output = shipping.work_folder("others")
-        kinds = ("rpm", "tgz", "source")
-        said = run(ROOT / "scripts/package", "--output", cls.output, *kinds)
-        made = [pathlib.Path(each) for each in said.splitlines() if each.startswith("/")]
-        cls.rpm, cls.tgz, cls.source, cls.formula = made[-4:]
+        cls.rpm, cls.tgz, cls.source, cls.formula = (
+            made()[kind] for kind in ("rpm", "tgz", "source", "formula")
+        )
 
     def test_the_rpm_holds_the_layout_and_asks_for_the_libraries(self):
         files = run("rpm", "-qlp", self.rpm).splitlines()
@@ -163,6 +213,24 @@ class Others(unittest.TestCase):
         for library in ("libnetsnmp.so", "libPocoNet.so", "libPocoUtil.so"):
             self.assertIn(library, asked)
         self.assertEqual(run("rpm", "-qp", "--qf", "%{VERSION}", self.rpm), VERSION)
+
+    def test_the_rpm_describes_itself_as_debians_package_does(self):
+        self.assertEqual(run("rpm", "-qp", "--qf", "%{URL}", self.rpm), HOMEPAGE)
+        said = run("dpkg-deb", "--field", made()["deb"], "Description")
+        lines = [line.removeprefix(" ") for line in said.splitlines()[1:]]
+        text = "\n".join("" if line == "." else line for line in lines)
+        self.assertIn("prints their addresses", text)
+        self.assertEqual(run("rpm", "-qp", "--qf", "%{DESCRIPTION}", self.rpm), text)
+
+    def test_the_rpm_keeps_the_settings_in_etc_as_debians_package_does(self):
+        settings = "/etc/snmpdiscovery/SNMPDiscovery.properties"
+        self.assertEqual(run("rpm", "-qp", "--configfiles", self.rpm), f"{settings}\n")
+        link = "/usr/libexec/SNMPDiscovery/SNMPDiscovery.properties"
+        listed = run("rpm", "-qlvp", self.rpm)
+        self.assertRegex(listed, rf"(?m)^l.* {link} -> {settings}$")
+        # What the lists of folders and files have in common, the system's own aside.
+        deb = run("dpkg-deb", "--contents", made()["deb"])
+        self.assertRegex(deb, rf"(?m)^l.* \.{link} -> {settings}$")
 
     def test_the_archive_holds_the_layout_in_one_folder(self):
         files = run("tar", "-tzf", self.tgz).splitlines()
@@ -176,9 +244,70 @@ class Others(unittest.TestCase):
         self.assertNotRegex(text, r"@[A-Z0-9]+@")
         found = hashlib.sha256(self.source.read_bytes()).hexdigest()
         self.assertIn(f'sha256 "{found}"', text)
-        self.assertIn(f"file://{self.source}", text)
+        self.assertIn(f'url "{SETTINGS["SNMPDISCOVERY_URL"]}"', text)
+        self.assertIn(f'homepage "{HOMEPAGE}"', text)
         top = f"snmpdiscovery-{VERSION}/"
         self.assertIn(f"{top}CMakeLists.txt", run("tar", "-tzf", self.source).splitlines())
+
+
+class Beside(unittest.TestCase):
+    def test_every_file_has_its_sum_and_its_bill_of_materials(self):
+        files = [path for kind, path in made().items() if kind != "formula"]
+        found = bills.check(self, files)
+        compiled_in = run("cat", shipping.build_folder() / "compiled-in").split()[1:3]
+        for path in files:
+            expected = set() if path == made()["source"] else {tuple(compiled_in)}
+            self.assertEqual(bills.libraries(found[path.name]), expected, path.name)
+
+    def test_a_bill_that_is_wrong_would_be_refused(self):
+        text = pathlib.Path(f"{made()['rpm']}.cdx.json").read_text("utf-8")
+        wrong = shipping.work_folder("wrong-bill") / "wrong.cdx.json"
+        wrong.write_text(text.replace('"library"', '"book"'), "utf-8")
+        self.assertIn("'book' is not one of", bills.refused(wrong))
+
+
+class Elsewhere(unittest.TestCase):
+    """The unpacked source archive, in another folder and without git."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = shipping.work_folder("elsewhere")
+        run("tar", "-C", cls.folder, "-xzf", made()["source"])
+        cls.script = cls.folder / f"snmpdiscovery-{VERSION}/scripts/package"
+        cls.temporary = cls.folder / "temporary"
+        cls.temporary.mkdir()
+
+    def settings(self, *stand_ins):
+        """No repository and no git, temporary files elsewhere, every object compiled; some
+        programs are replaced by ones that fail."""
+        binaries = shipping.work_folder("elsewhere-bin")
+        for name in ("git", *stand_ins):
+            (binaries / name).write_text("#!/bin/sh\nexit 1\n", "utf-8")
+            (binaries / name).chmod(0o755)
+        path = f"{binaries}:{os.environ['PATH']}"
+        return {"PATH": path, "TMPDIR": str(self.temporary), "CCACHE_DISABLE": "1"}
+
+    def test_links_between_the_documents_hold(self):
+        self.assertEqual(links.broken(self.script.parents[1]), [])
+
+    def test_the_same_octets_come_out(self):
+        output = self.folder / f"snmpdiscovery-{VERSION}/in the sources"
+        package(self.script, output, *KINDS, **self.settings())
+        first = {path.name: path for path in made()["deb"].parent.iterdir()}
+        again = {path.name: path for path in output.iterdir()}
+        self.assertEqual(set(again), set(first))
+        for name, path in again.items():
+            self.assertEqual(path.read_bytes(), first[name].read_bytes(), name)
+
+    def test_nothing_is_left_behind_after_a_failure(self):
+        before = sorted(self.folder.rglob("*"))
+        for kind, program in {"deb": "lintian", "rpm": "rpmbuild", "tgz": "gzip"}.items():
+            with self.subTest(kind):
+                # The compiler is not wanted here either: what fails is the last program.
+                settings = self.settings(program, "dpkg-buildpackage", "cmake")
+                with self.assertRaises(AssertionError):
+                    package(self.script, self.folder / "new/output", kind, **settings)
+                self.assertEqual(sorted(self.folder.rglob("*")), before)
 
 
 class Manual(unittest.TestCase):
