@@ -4,18 +4,19 @@ commands in them, run."""
 import json
 import os
 import pathlib
-import re
 import shutil
 import sys
-import textwrap
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
 
+import pods  # noqa: E402
 import shipping  # noqa: E402
 from shipping import ROOT, run  # noqa: E402
 
-MANIFEST = ROOT / "deploy/kubernetes/snmpdiscovery.yaml"
+FOLDER = ROOT / "deploy/kubernetes"
+JOB = FOLDER / "snmpdiscovery.yaml"
+DAEMON = FOLDER / "every-node.yaml"
 CHECKER = pathlib.Path(__file__).resolve().parent / "kubernetes"
 
 
@@ -36,13 +37,30 @@ class Manifests(unittest.TestCase):
         return run("node", "validate.mjs", path, cwd=self.folder, code=code)
 
     def test_every_manifest_is_valid(self):
-        said = self.validate(MANIFEST.read_text("utf-8"), 0)
-        kinds = ("Namespace", "Secret", "PersistentVolumeClaim", "CronJob", "DaemonSet")
-        self.assertEqual(said, "".join(f"{kind} snmpdiscovery\n" for kind in kinds))
+        said = self.validate(JOB.read_text("utf-8"), 0)
+        self.assertEqual(said.splitlines(), [
+            "Namespace snmpdiscovery",
+            "Secret snmpdiscovery",
+            "PersistentVolumeClaim snmpdiscovery-reports",
+            "CronJob snmpdiscovery",
+        ])
+        said = self.validate(DAEMON.read_text("utf-8"), 0)
+        self.assertEqual(said.splitlines(), ["DaemonSet snmpdiscovery"])
 
-    def test_every_container_s_memory_has_a_limit(self):
-        limits = re.findall(r"limits:\n +memory: (\S+)", MANIFEST.read_text("utf-8"))
-        self.assertEqual(limits, ["256Mi", "256Mi"])
+    def test_every_container_is_bounded_and_unprivileged(self):
+        for path in (JOB, DAEMON):
+            pod = pods.template(path)
+            for container in pod["containers"] + pod.get("initContainers", []):
+                self.assertEqual(container["resources"]["limits"], {"memory": "256Mi"})
+                self.assertEqual(container["securityContext"], {
+                    "allowPrivilegeEscalation": False,
+                    "readOnlyRootFilesystem": True,
+                    "capabilities": {"drop": ["ALL"]},
+                })
+            self.assertEqual(pod["securityContext"]["runAsUser"], 65534)
+
+    def test_every_node_is_every_node(self):
+        self.assertEqual(pods.template(DAEMON)["tolerations"], [{"operator": "Exists"}])
 
     def test_the_check_finds_what_a_cluster_would_refuse(self):
         for right, wrong in (
@@ -51,9 +69,9 @@ class Manifests(unittest.TestCase):
             ("      containers:", "      container:"),
         ):
             with self.subTest(wrong):
-                text = MANIFEST.read_text("utf-8")
+                text = DAEMON.read_text("utf-8")
                 self.assertIn(right, text)
-                self.validate(text.replace(right, wrong), 2)
+                self.validate(text.replace(right, wrong), 1)
 
     def test_the_style_is_that_of_yamllint(self):
         rules = "{line-length: {max: 110}, document-start: disable}"
@@ -70,13 +88,15 @@ class Commands(shipping.LabTest):
         self.volumes["/etc/snmpdiscovery"].mkdir()
         self.set_community("public")
         self.report = self.folder / "here.json"
-        text = MANIFEST.read_text("utf-8")
-        for path in self.volumes:
-            self.assertEqual(text.count(f"mountPath: {path}\n"), 2)
-        (job,) = re.findall(r"command: \[snmp-inventory\]\n +args:\n((?: +- .*\n)+)", text)
-        self.job = ["snmp-inventory", *re.findall(r"- (.*)", job)]
-        (daemon,) = re.findall(r"- -c\n +- \|\n((?: +.*\n)+?) +env:", text)
-        self.daemon = ["sh", "-c", textwrap.dedent(daemon).replace("sleep 3600", "exit 0")]
+        for path in (JOB, DAEMON):
+            (container,) = pods.template(path)["containers"]
+            mounts = {each["mountPath"] for each in container["volumeMounts"]}
+            self.assertLessEqual(set(self.volumes), mounts)
+        (job,) = pods.template(JOB)["containers"]
+        self.job = job["command"] + job["args"]
+        (daemon,) = pods.template(DAEMON)["containers"]
+        shell, option, script = daemon["command"]
+        self.daemon = [shell, option, script.replace("sleep 3600", "exit 0")]
 
     def set_community(self, community):
         (self.volumes["/etc/snmpdiscovery"] / "community").write_text(community)
@@ -96,7 +116,8 @@ class Commands(shipping.LabTest):
         for path, folder in self.volumes.items():
             words = [word.replace(path, str(folder)) for word in words]
         path = f"PATH={binaries}:{os.environ['PATH']}"
-        return self.in_lab("demo", "env", path, "NODE=here", *words, code=code)
+        settings = (path, "NODE=here", "SPLAY=0")
+        return self.in_lab("demo", "env", *settings, *words, code=code)
 
     def test_a_run_leaves_the_node_s_report(self):
         for command in (self.job, self.daemon):
@@ -118,8 +139,29 @@ class Commands(shipping.LabTest):
             self.start(self.job, 1, tool)
             self.assertEqual(self.report.read_text(), "[]")
 
-    def test_the_job_has_no_shell(self):
-        self.assertEqual(MANIFEST.read_text("utf-8").count("/bin/sh"), 1)
+    def test_a_tool_that_hangs_is_given_up(self):
+        for command in (self.job, self.daemon):
+            words = [word.replace("300", "1") for word in command]
+            self.assertNotEqual(words, command)
+            self.start(words, 124 if command == self.job else 0, "sleep 100")
+            self.assertFalse(self.report.exists())
+
+    def test_the_time_that_a_pod_waits_is_within_the_splay(self):
+        (splay,) = pods.template(JOB)["initContainers"]
+        shell, option, script = splay["command"]
+        stand_in = self.folder / "sleep"
+        stand_in.write_text("#!/bin/sh\necho $1\n", "utf-8")
+        stand_in.chmod(0o755)
+        path = f"PATH={self.folder}:{os.environ['PATH']}"
+        waits = {
+            int(run("env", path, f"SPLAY={most}", shell, option, script))
+            for most in (0, 1)
+            for _ in range(20)
+        }
+        self.assertEqual(waits, {0, 1})
+
+    def test_the_job_s_own_container_has_no_shell(self):
+        self.assertNotIn("/bin/sh", self.job)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,15 @@
+"""The pods of deploy/kubernetes."""
+
+import yaml
+
+
+def template(path):
+    """What the one CronJob or DaemonSet of a file says of its pods."""
+    with open(path, encoding="utf-8") as file:
+        (workload,) = (
+            each for each in yaml.safe_load_all(file) if each["kind"] in ("CronJob", "DaemonSet")
+        )
+    spec = workload["spec"]
+    if workload["kind"] == "CronJob":
+        spec = spec["jobTemplate"]["spec"]
+    return spec["template"]["spec"]
