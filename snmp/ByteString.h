@@ -2,12 +2,10 @@
 
 #include <string>
 
-// libc++ took the primary template of std::char_traits out of its release 19, and with it
-// everything that made std::basic_string<unsigned char> compile; libstdc++ and the older releases
-// still have it. The standard promises traits for the character types only, so strictly no program
-// may give them to another built-in type either. It is done here all the same, and only where
-// nothing else provides them, because traits of a name of our own would make ByteString another
-// type.
+// Since release 19, libc++ has no generic std::char_traits any more, and std::basic_string<unsigned
+// char> no longer compiles; libstdc++ still has it. The standard allows a program no specialisation
+// for a built-in type. This one is made all the same, where the library has none: traits of another
+// name would make ByteString another type.
 #if defined(_LIBCPP_VERSION) && _LIBCPP_VERSION >= 190000
 
 #include <cstddef>

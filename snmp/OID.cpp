@@ -24,7 +24,7 @@ void copyArray(oid* to, const oid* from, std::size_t count) noexcept
     std::memmove(to, from, count * sizeof(oid)); // dup() may copy within one array
 }
 
-/// How many sub-identifiers two arrays share at the front.
+/// How many leading sub-identifiers two arrays share.
 std::size_t sharedFront(const oid* a, std::size_t aLength, const oid* b,
                         std::size_t bLength) noexcept
 {
@@ -150,7 +150,7 @@ bool OID::append(const OID& other) noexcept
     if (m_length != 0 && sum > m_capacity) {
         grow(sum);
     }
-    // Also so after a growth that found no memory: the OID is then as small as before, or empty.
+    // A failed grow() ends here too: the OID then is as small as before, or empty.
     if (m_length + other.m_length > m_capacity) {
         return false;
     }
@@ -168,9 +168,9 @@ bool OID::allocate(std::size_t capacity) noexcept
     return m_array != nullptr;
 }
 
-/// Keeps the sub-identifiers aside while the array is replaced, so that only one array of this OID
-/// exists at a time. Without memory for the copy nothing changes; without memory for the new array
-/// the OID is left empty.
+/// Copies the sub-identifiers to a temporary array while its own is replaced, so that the OID never
+/// has two arrays. Without memory for the temporary array nothing changes; without memory for the
+/// new one the OID is left empty.
 void OID::grow(std::size_t capacity) noexcept
 {
     oid* const saved = allocateArray(capacity);

@@ -1,5 +1,5 @@
-// The renderings of an OID and of the values that it names. Net-SNMP prints by process-wide
-// settings: whoever changes one holds s_mutex from the change until the setting is back.
+// An OID, and the values that it names, as text. Net-SNMP prints by process-wide settings. Whoever
+// changes one holds s_mutex from the change until the setting is restored.
 
 #include "snmp/OID.h"
 
@@ -49,7 +49,7 @@ public:
     {
         return sprint_realloc_objid(&m_text, &m_size, &m_length, 1, ids, length) != 0;
     }
-    /// Empty also when the printing succeeded without producing a buffer.
+    /// Empty too when printing succeeded without a buffer.
     std::string text() const noexcept
     {
         if (m_text == nullptr) {
@@ -65,8 +65,8 @@ private:
     std::size_t m_length = 0;
 };
 
-/// Quick printing and numeric time-ticks, on until restored. No destructor restores them: a failed
-/// print leaves them on.
+/// Switches quick printing and numeric time-ticks on. There is deliberately no destructor that
+/// restores them: a failed print leaves them on.
 class BriefPrinting
 {
 public:
@@ -87,7 +87,7 @@ private:
 };
 
 /// The bytes of an octet string without the zero bytes at its end. The length is read as a signed
-/// 32-bit count, so that one which no agent can have sent (negative) counts as none.
+/// 32-bit count; a negative one, which no agent can send, means no bytes.
 std::string octets(const variable_list& var) noexcept
 {
     const auto* const bytes = reinterpret_cast<const char*>(var.val.string);
@@ -101,7 +101,7 @@ std::string octets(const variable_list& var) noexcept
     return count > 0 ? copyText(bytes, static_cast<std::size_t>(count)) : std::string();
 }
 
-/// The label that the MIB gives to an integer, or null. The first match in the list's order counts.
+/// The label that the MIB gives an integer, or null. The first match in the list counts.
 const char* enumerationLabel(const variable_list& var, const oid* ids, std::size_t length) noexcept
 {
     if (var.type != ASN_INTEGER || var.val.integer == nullptr) {

@@ -23,8 +23,7 @@ void duplicate(const Params& params, const std::string& key, Char** out,
     const auto entry = params.find(key);
     if (entry != params.end()) {
         const ByteString& value = entry->second;
-        // Without `out` the memory is asked for all the same: the length says whether there was
-        // any.
+        // Allocated even without `out`, because the length says whether there was memory.
         if (auto* const copy = static_cast<Char*>(malloc(value.size() + 1))) {
             count = value.size();
             if (out != nullptr) {

@@ -9,11 +9,10 @@
 namespace UVARNETSNMP {
 
 /// The named parameters from which a session fills its credentials: the community of SNMPv1 and
-/// SNMPv2c, and the user-based security settings of SNMPv3 (RFC 3414). A plain value around one
-/// map.
+/// SNMPv2c, and the user-based security settings of SNMPv3 (RFC 3414).
 ///
-/// The set knows no key: it stores whatever it is given. Keys and values are compared exactly, with
-/// case. These are the keys that a session reads, all optional; it ignores every other one:
+/// The set stores whatever it is given. Keys and values are case-sensitive. A session reads these
+/// keys, all optional, and ignores every other one:
 ///
 ///     community        community, any bytes
 ///     securityname     user name
@@ -35,9 +34,8 @@ namespace UVARNETSNMP {
 /// length, and Net-SNMP then takes its default privacy protocol. That is DES, unless Net-SNMP was
 /// built without it or its configuration names another ("defPrivType AES", see snmp.conf(5)).
 ///
-/// No operation reports a failure: a missing key reads as an empty value. Besides the standard
-/// library's own exception when memory is exhausted (construction, copying and LookupString), none
-/// throws.
+/// A missing key reads as an empty value. Only construction, copying and LookupString throw, when
+/// memory is exhausted.
 ///
 /// Threads: concurrent reads of one object are safe; a write needs outside locking.
 class SNMPSecurity
@@ -54,8 +52,8 @@ public:
     /// ends where a C string would. An empty value is kept: its key is present.
     SNMPSecurity(const std::map<std::string, std::string>& params);
 
-    /// The value of `key`, valid while the set is unchanged; of a missing key, one empty string
-    /// that all such look-ups share and that lives until the process exits.
+    /// The value of `key`, valid while the set is unchanged. For a missing key it is an empty
+    /// string that all such look-ups share and that lives until the process exits.
     const ByteString& Lookup(const std::string& key) const noexcept;
 
     /// The value of `key` read as NUL-terminated text: bytes after the first NUL are dropped. Empty
@@ -63,11 +61,11 @@ public:
     std::string LookupString(const std::string& key) const;
 
     /// Stores in `*out` a copy of the value of `key`, all its bytes followed by one NUL, and in
-    /// `*length` the number of its bytes, that NUL not counted. The caller owns the copy and
-    /// releases it with free(), which is also how Net-SNMP releases the texts of its sessions.
+    /// `*length` the number of its bytes without that NUL. The caller owns the copy and releases it
+    /// with free(), as Net-SNMP does with the texts of its sessions.
     ///
-    /// When the key is missing or memory is exhausted `*length` is 0 and `*out` is left as it was,
-    /// so preset it to null. Either pointer may be null: the other result is still given.
+    /// When the key is missing or memory is exhausted, `*length` is 0 and `*out` is unchanged:
+    /// preset it to null. Either pointer may be null if that result is not wanted.
     void LookupDuplicate(const std::string& key, unsigned char** out,
                          std::size_t* length) const noexcept;
 

@@ -18,61 +18,67 @@ namespace UVARNETSNMP {
 
 class SNMPSession;
 
-/// What Net-SNMP's calls for a single session take: a void*, or a session_list* in its later
-/// versions.
+/// The handle of a session in Net-SNMP's single-session calls: void*, and session_list* from a
+/// later version on.
 using SessionHandle = decltype(snmp_sess_open(nullptr));
 
-/// Receives one response of the asynchronous SNMPSession::Get: the session that asked, the user
-/// data given to Get, untouched, and a copy of the response that the receiver owns and gives back
-/// to SNMPSession::ReleasePDU. Called inside Get, on the thread that called it.
+/// Receives one response of the asynchronous SNMPSession::Get. `session` is the one that asked and
+/// `userData` what Get was given. `response` is a copy that the receiver owns and gives back to
+/// SNMPSession::ReleasePDU. Called inside Get, on the thread that called Get.
 using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu* response);
 
 /// One SNMP session to one peer (an agent, or a subnet's broadcast address) over Net-SNMP's
-/// single-session interface (snmp_sess_open and its kin), and the process-wide set-up of Net-SNMP.
+/// single-session interface (snmp_sess_open and so on), and the process-wide set-up of Net-SNMP.
 ///
-/// A constructor settles what a session is for good: uninitialised (library not set up, or no
+/// A session has one state from its construction on: uninitialised (library not set up, or no
 /// host), not open (Net-SNMP refused it) or open. Only an open session sends; the requests of the
-/// others fail. Nothing here prints; nothing throws but the constructors, for lack of memory.
+/// others fail. Nothing here prints. Only the constructors throw, when memory is exhausted.
 ///
 /// Threads: Initialize and Terminate run on one thread while there is no session. A session belongs
-/// to the thread that made it; several sessions may live in several threads at once. They are
-/// opened one after the other, under a lock of the library's own.
+/// to the thread that made it. Several threads may have sessions at once; a lock of the library
+/// opens them one after the other.
 class SNMPSession
 {
 public:
-    /// Sets Net-SNMP up, once a process: persistentDir (empty: its default) keeps its persistent
-    /// state, mibDir holds the MIB files, mibs names the modules to load, and name is the one under
-    /// which it reads its configuration (init_snmp). A further call does nothing, also after
-    /// Terminate; only an empty name leaves the library counting as not set up. Not while other
-    /// threads read the environment. Always true: a MIB that is missing shows only as object names
-    /// that do not resolve. Of Net-SNMP's configuration only the files of single peers
-    /// (hosts/ADDRESS.conf) are not read: sessions of several threads could not be opened at once.
+    /// Sets Net-SNMP up, once in a process. persistentDir keeps its persistent state (empty: its
+    /// default directory), mibDir holds the MIB files, mibs names the modules to load, and Net-SNMP
+    /// reads its configuration under name (init_snmp). Not while other threads read the
+    /// environment.
+    ///
+    /// Always true: a missing module shows only as object names that do not resolve. A further call
+    /// does nothing, also after Terminate, unless name was empty: the library then counts as not
+    /// set up. Configuration files of single peers (hosts/ADDRESS.conf) are not read, because
+    /// Net-SNMP would read them without a lock while threads open sessions.
     static bool Initialize(const std::string& name, const std::string& persistentDir,
                            const std::string& mibDir, const std::string& mib);
+    /// As above, with any number of modules.
     static bool Initialize(const std::string& name, const std::string& persistentDir,
                            const std::string& mibDir, const std::vector<std::string>& mibs);
 
     /// Hands mibDir, less one trailing "/", to Net-SNMP and sets the environment variable "MIBS" to
-    /// the non-empty names of mibs joined by ":"; without any such name it stays as inherited.
-    /// Net-SNMP takes ":" in mibDir for a separator, so such a directory is also added in one
-    /// piece. Initialize calls this before init_snmp, which reads both. Always true.
+    /// the non-empty names in mibs, joined by ":". Without such a name the variable stays as it is.
+    /// Net-SNMP takes ":" in mibDir for a separator, so a directory with one is also added whole.
+    /// Initialize calls this before init_snmp, which reads both. Always true.
     static bool InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs);
 
-    /// Asks for a receive buffer of so many octets for every session opened from now on (Net-SNMP's
-    /// setting clientRecvBuf, see snmp.conf(5)), so that the answers to a broadcast, which come all
-    /// at once, wait there and are not lost. Does nothing if the setting has a value other than 0:
-    /// the administrator's configuration, which Initialize has read, is stronger. The system may
-    /// give less (Linux: at most net.core.rmem_max). After Initialize, before the first session.
+    /// Asks for a receive buffer of that size for every session opened from now on (Net-SNMP's
+    /// setting clientRecvBuf, see snmp.conf(5)): the answers to a broadcast come all at once, and
+    /// those that find no room are lost. Does nothing if the setting is not 0, because the
+    /// administrator's configuration has precedence. The system may give less (Linux: at most
+    /// net.core.rmem_max). After Initialize, before the first session.
     static void AskForReceiveBuffer(int octets);
 
-    /// Shuts Net-SNMP down if the library is set up; after the last session is gone. The library
-    /// keeps counting as set up: Initialize stays a no-op, a second Terminate shuts down again.
+    /// Shuts Net-SNMP down if the library is set up. Call it after the last session is gone. The
+    /// library still counts as set up, on purpose: a later Initialize does nothing, and a second
+    /// Terminate shuts down again.
     static void Terminate();
 
-    /// Opens a session of SNMP_VERSION_1, _2c or _3 (not checked) to host, a Net-SNMP peer name
-    /// such as "192.0.2.7" or "udp:192.0.2.7:161", with a time-out of 3 seconds and 2 retries.
-    /// broadcast allows a broadcast address. Note the order: the community, cut at its first NUL,
-    /// comes first.
+    /// Opens a session to host, a Net-SNMP peer name such as "192.0.2.7" or "udp:192.0.2.7:161".
+    /// version is SNMP_VERSION_1, _2c or _3 and is not checked. The community, which comes before
+    /// the host, ends at its first NUL. With broadcast, host may be a broadcast address.
+    ///
+    /// Net-SNMP sends a request again after 3 and after 6 seconds without an answer; after 9 it
+    /// gives up. The asynchronous Get has a time-out of its own beside this.
     SNMPSession(long version, const std::string& community, const std::string& host,
                 bool broadcast);
     /// As above, broadcasting to one fixed private subnet.
@@ -86,29 +92,34 @@ public:
     /// Closes the session; requests still outstanding end without a callback.
     virtual ~SNMPSession();
 
-    /// Fills and opens the Net-SNMP session: true when it is open. The constructors' own step; a
-    /// later call, or one without a peer, changes nothing and tells only whether it is open.
+    /// The step of the constructors that fills and opens the Net-SNMP session. Returns whether the
+    /// session is open. A later call, or one without a peer, changes nothing.
     bool InitializeSession(long version, bool broadcast);
 
-    /// Sends one request for oid and waits for its response, which the caller owns (ReleasePDU) and
+    /// Sends one GET for oid and waits for its response, which the caller owns (ReleasePDU) and
     /// whose errstat the caller inspects. Null when the session is not open, nothing could be sent
     /// or no response arrived. Not on a session that has made an asynchronous Get.
     snmp_pdu* Get(const OID& oid);
+    /// As above, with a GETNEXT.
     snmp_pdu* GetNext(const OID& oid);
-    /// As above; a GETNEXT wherever the session speaks SNMPv1 or snmp_pdu_create presets
-    /// non-repeaters to anything but 0, which Net-SNMP does: in effect always. Kept on purpose.
+    /// As above, but sends a GETBULK only if snmp_pdu_create presets non-repeaters to 0 and the
+    /// session does not speak SNMPv1; otherwise a GETNEXT. Net-SNMP presets -1, so it is always a
+    /// GETNEXT. That is deliberate and stays so.
     snmp_pdu* GetBulk(const OID& oid);
 
-    /// Sends one GET for oid, then blocks until timeout has passed and hands callback a copy of
-    /// every response meanwhile: from each agent that a broadcast reaches, and again from each that
-    /// answers a resend (after 3 and 6 seconds). Any PDU with the request's identifier counts,
-    /// whatever its type or sender. A timeout of zero or less only sends. True once sent, answered
-    /// or not; false when callback is null, the session is not open or sending failed. The time is
-    /// the system clock's: setting that during the call moves its end.
+    /// Sends one GET for oid, then gathers responses: blocks until timeout has passed, however
+    /// early the first one comes, and hands callback a copy of each. An agent is heard again when
+    /// it answers a resend (see the constructor). Any PDU with the request's identifier counts,
+    /// whatever its type or sender.
+    ///
+    /// True once the request is sent, answered or not. False when callback is null, the session is
+    /// not open or sending failed. A timeout of zero or less only sends. Setting the system clock
+    /// during the call moves its end.
     bool Get(const OID& oid, ResponseCallback callback, void* userData, Poco::Timespan timeout);
 
-    /// What Net-SNMP calls with each event of a session in an asynchronous Get; magic is its
-    /// RequestContext. Always 0, "not answered yet": the request stays outstanding for more.
+    /// Net-SNMP calls this for each event of a session during an asynchronous Get, whose
+    /// RequestContext is magic. Always returns 0, which means "not answered yet": the request stays
+    /// outstanding, so that the next agent's response is delivered too.
     static int Callback(int operation, snmp_session* session, int reqid, snmp_pdu* pdu,
                         void* magic);
 
@@ -118,14 +129,16 @@ public:
     /// The characters of text before its first NUL, as bytes.
     static ByteString snmpstring(const std::string& text);
 
-    /// Turns hexadecimal text (snmp_hex_to_binary: optional "0x", blanks between octets) into an
-    /// engine ID of 5 to 32 octets (RFC 3411, SnmpEngineID), malloc'ed and the caller's to free. On
-    /// any other text, a null output or lack of memory: false, and the outputs are left untouched.
+    /// Converts hexadecimal text (as snmp_hex_to_binary reads it: optional "0x", blanks between
+    /// octets) to an engine ID of 5 to 32 octets (RFC 3411, SnmpEngineID). The caller releases it
+    /// with free(). False, with the outputs untouched, on any other text, a null output or
+    /// exhausted memory.
     static bool MakeEngineID(const std::string& hex, unsigned char** engineID,
                              size_t* engineIDLength);
 
 protected:
-    /// One asynchronous Get, on the stack of its caller; reqid is 0 until the request is sent.
+    /// One asynchronous Get. It lies on the stack of that call; reqid is 0 until the request is
+    /// sent.
     struct RequestContext
     {
         SNMPSession* session;
@@ -137,13 +150,13 @@ protected:
     /// The name given to Initialize; empty means that the library is not set up.
     static std::string m_SNMPName;
 
-    /// A char array needs the array policy: the default one would delete it as a single object.
+    /// Copy of the peer's name. The default release policy would delete a single object.
     Poco::SharedPtr<char, Poco::ReferenceCounter, Poco::ReleaseArrayPolicy<char>> m_peerName;
     bool m_initialized = false;              ///< also true when opening failed
     netsnmp_session m_session = {};          ///< template; peername points into m_peerName
     netsnmp_session* m_sessionPtr = nullptr; ///< Net-SNMP's own session while open, else null
     SessionHandle m_sessionHandle = nullptr; ///< of snmp_sess_open; closed by the destructor
-    SNMPSecurity m_security;
+    SNMPSecurity m_security;                 ///< the session's own copy
 
 private:
     snmp_pdu* Request(int type, const OID& oid);

@@ -1,4 +1,4 @@
-// The trampoline: from Net-SNMP, which has read a response, to the function of whoever asked.
+// The trampoline: Net-SNMP has read a response, and the caller's function gets a copy of it.
 
 #include "snmp/SNMPSession.h"
 

@@ -26,8 +26,8 @@ bool SNMPSession::Initialize(const std::string& name, const std::string& persist
     }
     InitializeMIBS(mibDir, mibs);
     init_snmp(name.c_str());
-    // Otherwise each opening of a session looks for a configuration file of its peer, and all
-    // threads then change the process's settings without a lock.
+    // Otherwise opening a session reads a configuration file of its peer, and so changes the
+    // process's settings without a lock while other threads use them.
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 1);
     m_SNMPName = name;
     return true;
@@ -36,7 +36,7 @@ bool SNMPSession::Initialize(const std::string& name, const std::string& persist
 bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<std::string>& mibs)
 {
     std::string directory = mibDir;
-    // Asked for its side effect: the first question settles Net-SNMP's default directory.
+    // Called for its side effect: the first call sets Net-SNMP's default directory.
     netsnmp_get_mib_directory();
     if (!directory.empty() && directory.back() == '/') {
         directory.pop_back();
@@ -45,8 +45,8 @@ bool SNMPSession::InitializeMIBS(const std::string& mibDir, const std::vector<st
 
     static const std::string separator = ":";
     if (directory.find(separator) != std::string::npos) {
-        // Net-SNMP takes that text for several directories. Here it learns of the modules in the
-        // one directory, before init_snmp looks for them in the pieces.
+        // Net-SNMP takes that text for several directories. So the directory is added whole, before
+        // init_snmp searches the pieces.
         netsnmp_init_mib_internals();
         add_mibdir(directory.c_str());
     }

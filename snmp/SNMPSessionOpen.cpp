@@ -1,5 +1,5 @@
-// Opening a session: fill a template from the security parameters, let Net-SNMP copy what it needs
-// while it opens the session, then release the heap copies that the template was given.
+// Opening a session takes three steps. A template is filled from the security parameters; Net-SNMP
+// opens the session and copies what it needs; the heap copies in the template are released.
 
 #include "snmp/SNMPSession.h"
 
@@ -10,8 +10,9 @@ namespace UVARNETSNMP {
 
 namespace {
 
-constexpr long timeoutMicroseconds = 3000000; // until a resend
-constexpr int retries = 2;                    // resends after the first
+constexpr long timeoutMicroseconds =
+    3000000; // retry interval; SNMPSession::Get has its own time-out
+constexpr int retries = 2;
 
 /// RFC 3411, SnmpEngineID: OCTET STRING (SIZE(5..32)).
 constexpr size_t shortestEngineID = 5;
@@ -58,9 +59,8 @@ void SetPrivProtocol(netsnmp_session& session, const std::string& protocol)
     }
 #endif
     if (protocol == "AES") {
-        // Unlike the others, and meant so: the copy goes unused, the session points at Net-SNMP's
-        // own array, and the length stays 0, with which Net-SNMP takes its default privacy
-        // protocol.
+        // Deliberately unlike the others: the copy is not used, the session points to Net-SNMP's
+        // own array, and the length stays 0. Net-SNMP then takes its default privacy protocol.
         std::free(snmp_duplicate_objid(usmAESPrivProtocol, USM_PRIV_PROTO_AES_LEN));
         const oid* const own = usmAESPrivProtocol;
         // The field is not const because Net-SNMP frees it in its own sessions; ours is only read.
@@ -82,7 +82,7 @@ void SetSecurityLevel(netsnmp_session& session, const std::string& level)
 void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, char* peerName,
           bool broadcast)
 {
-    // All that can throw comes first: from the first heap copy on, nothing may leave early.
+    // Whatever can throw comes first: an exception after the first heap copy would lose it.
     const std::string authProtocol = security.LookupString("authprotocol");
     const std::string privProtocol = security.LookupString("privprotocol");
     const std::string securityEngineID = security.LookupString("securityengid");
@@ -110,7 +110,7 @@ void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, 
                                   &session.contextEngineIDLen);
     }
     SetPrivProtocol(session, privProtocol);
-    // With the authentication hash too: RFC 3414, 2.6 has one hash per user for both keys.
+    // The authentication hash derives this key too: RFC 3414, 2.6 has one hash per user.
     DeriveKey(session, privPassPhrase, session.securityPrivKey, &session.securityPrivKeyLen,
               USM_PRIV_KU_LEN);
     SetSecurityLevel(session, securityLevel);
@@ -143,13 +143,14 @@ void ReleaseCopies(netsnmp_session& session)
     ReleaseCopy(session.securityPrivProto);
 }
 
-/// Net-SNMP calls its callbacks for each new session under a lock of its own that is a plain
-/// integer. Two threads can leave it locked for ever, and every later opening then waits for a
-/// tenth of a second and complains; and the first openings set up defaults that others read at the
-/// same time. Constant-initialised, so that it is there before any session.
+/// Sessions are opened one at a time, because Net-SNMP is not safe there. It calls its callbacks
+/// for each new session under a lock that is a plain integer: two threads can leave it locked for
+/// ever, and every later opening then waits for a tenth of a second and writes a message. The first
+/// openings also set defaults that others read at the same time. The mutex is
+/// constant-initialised, so it exists before any session.
 std::mutex opening;
 
-SessionHandle openAlone(netsnmp_session* session)
+SessionHandle OpenAlone(netsnmp_session* session)
 {
     const std::lock_guard<std::mutex> lock(opening);
     return snmp_sess_open(session);
@@ -163,7 +164,7 @@ bool SNMPSession::InitializeSession(long version, bool broadcast)
         return m_sessionPtr != nullptr;
     }
     Fill(m_session, m_security, version, m_peerName.get(), broadcast);
-    m_sessionHandle = openAlone(&m_session);
+    m_sessionHandle = OpenAlone(&m_session);
     if (m_sessionHandle != nullptr) {
         m_sessionPtr = snmp_sess_session(m_sessionHandle);
     }
@@ -183,7 +184,8 @@ bool SNMPSession::MakeEngineID(const std::string& hex, unsigned char** engineID,
     if (buffer == nullptr) {
         return false;
     }
-    // A longer text makes Net-SNMP move the buffer; it stays ours, also when the text is refused.
+    // For a longer text Net-SNMP reallocates the buffer. It stays ours, even if the text is
+    // refused.
     if (snmp_hex_to_binary(&buffer, &capacity, &length, 1, hex.c_str()) == 0 ||
         length < shortestEngineID || length > longestEngineID) {
         std::free(buffer);

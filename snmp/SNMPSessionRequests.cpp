@@ -1,4 +1,4 @@
-// Requests: one exchange, or one GET whose answers are gathered until a deadline.
+// Requests: one exchange with one agent, or one GET whose answers are gathered until a deadline.
 
 #include "snmp/SNMPSession.h"
 
@@ -12,8 +12,9 @@ namespace {
 
 constexpr long maxRepetitions = 10;
 
-/// Asks for oid's value. Non-repeaters and max-repetitions are the error-status and error-index of
-/// the other request types: those too go out with 0 and 10, on purpose.
+/// Adds oid with a null value. Net-SNMP keeps non-repeaters and max-repetitions where the other
+/// request types have error-status and error-index, so a GET goes out with error-index 10. That is
+/// deliberate and part of the wire format here.
 void FillRequest(snmp_pdu& request, const OID& oid)
 {
     request.non_repeaters = 0;
@@ -21,7 +22,7 @@ void FillRequest(snmp_pdu& request, const OID& oid)
     snmp_add_null_var(&request, oid.oidptr(), oid.oidsize());
 }
 
-/// Now plus timeout, or the last time that a Timestamp holds if that is earlier.
+/// Now plus timeout, limited to the last time that a Timestamp can hold.
 Poco::Timestamp After(const Poco::Timespan& timeout)
 {
     const Poco::Timestamp now;
@@ -70,7 +71,7 @@ snmp_pdu* SNMPSession::Request(int type, const OID& oid)
     return request == nullptr ? nullptr : Exchange(request, oid);
 }
 
-/// Takes request over, whatever comes of it: Net-SNMP frees it in every case.
+/// Takes ownership of request: Net-SNMP frees it in every case.
 snmp_pdu* SNMPSession::Exchange(snmp_pdu* request, const OID& oid)
 {
     FillRequest(*request, oid);
@@ -103,8 +104,8 @@ bool SNMPSession::Get(const OID& oid, ResponseCallback callback, void* userData,
         snmp_free_pdu(request);
         return false;
     }
-    // The request is still there: Net-SNMP keeps one that expects a response, as every GET does, in
-    // the session's list for its resends, and nothing has run since that could take it out.
+    // The request still exists: Net-SNMP keeps it in the session's list for resends, and nothing
+    // has run since that could remove it.
     request->flags &= ~static_cast<u_long>(UCD_MSG_FLAG_RESPONSE_PDU);
 
     while (timeout.totalMicroseconds() > 0) {

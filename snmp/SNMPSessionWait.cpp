@@ -1,7 +1,7 @@
-// One turn of the wait for answers. An fd_set holds the descriptors below FD_SETSIZE (1,024 nearly
-// everywhere) and nothing tells when a larger one is put into it: the bit lands in whatever lies
-// behind. A process with many sessions, or whose parent left it many open files, gets such
-// descriptors; Net-SNMP has calls with a set of its own kind for them.
+// One turn of the wait for answers, by select(). An fd_set has room for the descriptors below
+// FD_SETSIZE, nearly everywhere 1,024. A larger one would silently set a bit in the memory after
+// it. A process gets such descriptors when it has many sessions or inherits many open files. For
+// these Net-SNMP has a growable set and calls that take it.
 
 #include "snmp/SNMPSession.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 constexpr suseconds_t turnMicroseconds = 5000; // the longest wait of one turn
 
-/// Net-SNMP's set of descriptors, with room for those from 0 to a given one from the start: growing
-/// it later does not end while memory is exhausted.
+/// Net-SNMP's growable set of descriptors. Sized up front for the largest one: growing it later
+/// loops for ever when memory runs out.
 class LargeSet
 {
 public:
@@ -25,7 +25,7 @@ public:
     LargeSet(const LargeSet&) = delete;
     LargeSet& operator=(const LargeSet&) = delete;
 
-    /// Null when there was no memory.
+    /// Null if there is no memory.
     netsnmp_large_fd_set* get() { return m_set.lfs_setsize == 0 ? nullptr : &m_set; }
 
 private:
@@ -70,15 +70,16 @@ void ServeLarge(SessionHandle handle, int descriptor, timeval wait)
 
 } // namespace
 
-/// One turn of the wait: until a response is read, a resend is due, or 5 ms have passed.
+/// Waits until a response can be read, a resend is due, or 5 ms have passed, and lets Net-SNMP read
+/// or resend.
 void SNMPSession::ServeOnce()
 {
     const timeval wait = {0, turnMicroseconds};
     const netsnmp_transport* const transport = snmp_sess_transport(m_sessionHandle);
     if (transport == nullptr || transport->sock < 0) {
-        // A stream whose peer hung up ("tcp:" hosts) has no descriptor left, and
-        // snmp_sess_select_info answers that by freeing the session, which is the destructor's to
-        // close.
+        // A stream ("tcp:" host) has no descriptor once its peer has closed it.
+        // snmp_sess_select_info would then free the session, and the destructor would free it
+        // again.
         JustWait(wait);
     } else if (transport->sock < FD_SETSIZE) {
         ServeOrdinary(m_sessionHandle, wait);

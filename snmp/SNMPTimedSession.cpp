@@ -1,5 +1,5 @@
-// Requests that end at a deadline. Net-SNMP's own synchronous requests cannot be used: they last as
-// long as all their resends, and take an answer from any address.
+// Requests that end at a deadline. Net-SNMP's synchronous requests cannot: they last until all
+// resends are used up, and they accept an answer from any address.
 
 #include "snmp/SNMPTimedSession.h"
 
@@ -50,7 +50,7 @@ private:
     std::unique_lock<std::mutex> m_lock;
 };
 
-// The temporary lives until the other constructor, and with it the base class's, has ended.
+// The temporary Turn lives until the other constructor has ended, and so covers the opening.
 SNMPTimedSession::SNMPTimedSession(long version, const SNMPSecurity& security,
                                    const std::string& host, long resend)
     : SNMPTimedSession(version, security, host, resend, Turn(version))
@@ -73,8 +73,8 @@ SNMPTimedSession::SNMPTimedSession(long version, const SNMPSecurity& security,
 
 SNMPTimedSession::~SNMPTimedSession()
 {
-    // Here and not in the base class, because closing calls Received for what is outstanding, and
-    // because of the turn.
+    // Not left to the base class: closing calls Received for an outstanding request, which needs
+    // this object whole, and it needs a turn.
     if (m_sessionHandle != nullptr) {
         const Turn turn(m_session.version);
         snmp_sess_close(m_sessionHandle);
@@ -108,8 +108,8 @@ snmp_pdu* SNMPTimedSession::Ask(int type, const std::vector<OID>& names, Time de
     return response;
 }
 
-/// An empty request without a user, which the agent answers with a report that carries its engine
-/// ID; Net-SNMP takes it over from there. Net-SNMP's own probe would block in here.
+/// Sends an empty request without a user. The agent answers with a report that carries its engine
+/// ID, and Net-SNMP stores it in the session. Net-SNMP's own probe would block.
 bool SNMPTimedSession::FindEngine(Time deadline)
 {
     snmp_pdu* const probe = snmp_pdu_create(SNMP_MSG_GET);
@@ -130,7 +130,7 @@ bool SNMPTimedSession::FindEngine(Time deadline)
            usm_create_user_from_session(m_sessionPtr) == SNMPERR_SUCCESS;
 }
 
-/// Takes `request` over. Afterwards m_response is its response or null.
+/// Takes ownership of `request`. Afterwards m_response is its response or null.
 void SNMPTimedSession::Exchange(snmp_pdu* request, Time deadline)
 {
     m_state = State::waiting;
@@ -160,8 +160,7 @@ void SNMPTimedSession::Exchange(snmp_pdu* request, Time deadline)
 void SNMPTimedSession::Serve(int descriptor, bool readable, bool resend)
 {
     if (readable) {
-        // With room for the descriptor from the start: growing it later loops for ever when memory
-        // runs out.
+        // Sized up front: growing it later loops for ever when memory runs out.
         netsnmp_large_fd_set ready = {};
         netsnmp_large_fd_set_init(&ready, descriptor + 1);
         if (ready.lfs_setsize != 0) {
@@ -177,8 +176,8 @@ void SNMPTimedSession::Serve(int descriptor, bool readable, bool resend)
     }
 }
 
-/// 1 ends the request for Net-SNMP, 0 keeps it waiting. While the session closes, Net-SNMP calls
-/// this for what is outstanding.
+/// The result 1 ends the request for Net-SNMP, 0 keeps it outstanding. Net-SNMP also calls this for
+/// an outstanding request while the session closes.
 int SNMPTimedSession::Received(int operation, snmp_session* /*session*/, int /*reqid*/,
                                snmp_pdu* pdu, void* magic)
 {

@@ -10,17 +10,16 @@
 
 namespace UVARNETSNMP {
 
-/// A session to one agent for requests that end at a deadline and may ask for several names at
-/// once. It takes answers from the agent's address only.
-///
-/// It adds to SNMPSession and changes nothing of it. The requests of the base class must not be
-/// used on such a session.
+/// A session to one agent, for requests that end at a deadline and may ask for several names at
+/// once. Only answers from the agent's address count. Do not use the requests of the base class on
+/// such a session.
 ///
 /// Threads: as for SNMPSession. Sessions of SNMPv3 share Net-SNMP's tables of users and engines, so
-/// the library lets one of them at a time into Net-SNMP. None waits there for an answer.
+/// only one of them at a time is inside Net-SNMP. No session waits there for an answer.
 class SNMPTimedSession : public SNMPSession
 {
 public:
+    /// A deadline.
     using Time = std::chrono::steady_clock::time_point;
 
     /// Opens a session to `host`, an IPv4 address with or without "udp:" and ":port". Every request
@@ -29,19 +28,20 @@ public:
                      long resend);
     SNMPTimedSession(const SNMPTimedSession&) = delete;
     SNMPTimedSession& operator=(const SNMPTimedSession&) = delete;
+    /// Closes the session.
     ~SNMPTimedSession() override;
 
     /// Sends one request of `type` (SNMP_MSG_GET or SNMP_MSG_GETNEXT) for `names` and waits for
     /// its response, which the caller owns (ReleasePDU) and whose errstat the caller inspects.
     /// Null when the session is not open, nothing could be sent, no response came before
-    /// `deadline`, or the agent refused the credentials. No further request is sent after that.
+    /// `deadline`, or the agent refused the credentials. After that, Ask sends nothing more.
     ///
-    /// SNMPv3: the first request finds out the agent's engine ID (RFC 3414, section 4) before the
-    /// same deadline, unless the security parameters contain it.
+    /// With SNMPv3, the first request first discovers the agent's engine ID (RFC 3414, section 4)
+    /// within the same deadline, unless the security parameters contain it.
     snmp_pdu* Ask(int type, const std::vector<OID>& names, Time deadline);
 
-    /// Whether an answer to a request has come from the agent's address, a refusal (an error-status
-    /// or a report of SNMPv3) included.
+    /// Whether an answer to a request has come from the agent's address. A refusal counts too: an
+    /// error-status, or a report of SNMPv3.
     bool Heard() const noexcept { return m_heard; }
 
 private:
@@ -67,7 +67,7 @@ private:
     in_addr m_agent = {};
     std::chrono::microseconds m_resend;
     State m_state = State::idle;
-    bool m_spent = false; ///< a request went unanswered, and may still be answered: no other
+    bool m_spent = false; ///< nothing more is sent: a late answer could be taken for another's
     bool m_heard = false;
     snmp_pdu* m_response = nullptr; ///< owned until Ask hands it out
 };

@@ -1,6 +1,6 @@
-// Each allocation of the library's own and each call into Net-SNMP that can fail, failed in turn:
-// nothing crashes, nothing is lost (LeakSanitizer looks at that), and what is left is one of the
-// states that the classes name.
+// Each allocation in the library's code and each call to Net-SNMP that can fail fails in turn.
+// Nothing may crash or leak (LeakSanitizer checks that), and every object must be in a state that
+// its class documents.
 
 #include "tests/snmp/helpers/FaultPoints.h"
 #include "tests/snmp/helpers/LoopbackAgent.h"
@@ -27,8 +27,8 @@ using UVARNETSNMP::SNMPSession;
 /// Long enough for an answer on the loopback interface to come, on a busy machine too.
 const Poco::Timespan aMoment(0, 250000);
 
-/// A receiver that allocates nothing: the calls of Net-SNMP lie between it and its test. What
-/// follows is but waiting, with the same calls over and over.
+/// A callback that allocates nothing, as exceptions may not pass through Net-SNMP. What follows an
+/// answer is only waiting, whose calls repeat, so they are no longer counted.
 void countAndRelease(SNMPSession& session, void* number, snmp_pdu* response)
 {
     ++*static_cast<int*>(number);
@@ -54,12 +54,12 @@ void expectNoCopiesIn(const netsnmp_session& session)
     EXPECT_EQ(session.securityPrivProto, nullptr);
 }
 
-/// Calls `road` with the first fault point failing, then with the second, until all have. Returns
-/// the functions that failed. Without any failure `road` must have its result; whether it does with
-/// one is up to `road`, which gets the failed function's name, asked for when it is done.
+/// Calls `road` once for each fault point, which then fails, and a last time without a failure.
+/// Returns the names of the functions that failed. `road` asks FaultPoints::failed() what has
+/// failed and checks its own result.
 std::set<std::string> failEachInTurn(const std::function<void()>& road)
 {
-    constexpr int most = 2000; // of a road's calls; the waiting's are many
+    constexpr int most = 2000; // more than any road has
     std::set<std::string> functions;
     for (int due = 1; due < most; ++due) {
         const FaultPoints points(due);
@@ -184,7 +184,7 @@ TEST_F(SNMPSessionLoopback, EachFailureOfAnEngineID)
 
 TEST_F(SNMPSessionLoopback, ThreadsOpenTheirSessionsOneAfterTheOther)
 {
-    // Net-SNMP's opening has a lock that two threads can leave locked for ever.
+    // Two threads that open at once can leave a lock of Net-SNMP's locked for ever.
     std::vector<std::thread> threads;
     threads.reserve(16);
     for (int i = 0; i < 16; ++i) {

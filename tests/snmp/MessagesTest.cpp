@@ -1,4 +1,4 @@
-// Where Net-SNMP's messages go, with its own logging.
+// Where Net-SNMP's messages go, with its real logging.
 
 #include "snmp/Messages.h"
 
@@ -22,7 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using TestSupport::TemporaryDirectory;
 
-/// Net-SNMP's logging without anything in it, and given back so.
+/// Starts and ends with Net-SNMP's logging without any handler.
 class Messages : public testing::Test
 {
 protected:

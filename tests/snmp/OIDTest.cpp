@@ -65,7 +65,7 @@ TEST(OIDConstructor, CapacityBeyondAllMemoryIsEmpty)
     const oid ids[] = {1, 3, 6};
     const std::size_t most = std::numeric_limits<std::size_t>::max();
     expectEmpty(OID(ids, 3, most));
-    // So large that the number of its bytes would wrap around to that of 8 sub-identifiers.
+    // Its size in bytes would overflow to that of 8 sub-identifiers.
     expectEmpty(OID(ids, 3, most / sizeof(oid) + 9));
 }
 
@@ -253,7 +253,7 @@ struct Replacement
     const char* name;
     std::size_t held;     // capacity before; 0: empty
     std::size_t length;   // of the new contents
-    std::size_t capacity; // asked for
+    std::size_t capacity; // requested
     std::size_t expected; // capacity afterwards
     bool allocates;
 };
@@ -578,7 +578,7 @@ TEST(OIDParser, IsOfferedRoomFor128AndItsZeroCountIsAFailure)
     EXPECT_TRUE(watch.counts().empty());
 }
 
-// Arrays that netsnmp_malloc refuses.
+// netsnmp_malloc has no memory for an array.
 
 TEST(WithoutMemoryForAnArray, ConstructorsLeaveItEmpty)
 {

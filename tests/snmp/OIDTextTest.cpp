@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"UCD", 5, "system.sysUpTime.0"}, Format{"None", 6, ""}),
     RowName());
 
-/// A printer that hands out `text`, or reports a failure when there is none.
+/// A printer that prints `text`, or fails if it is null.
 auto printing(const char* text)
 {
     return [text](u_char** buffer, std::size_t* size, std::size_t* length, int mayGrow, const oid*,
@@ -177,7 +177,7 @@ const OID& someOID()
 class OctetString : public testing::Test
 {
 protected:
-    /// The value of an octet string whose bytes are these and whose length is said to be `length`.
+    /// The value of an octet string with these bytes that claims to have `length`.
     static std::string valueOf(const std::string& bytes, std::size_t length)
     {
         std::vector<u_char> copy(bytes.begin(), bytes.end());
@@ -391,8 +391,8 @@ TEST_F(PrintedValue, IsShortForEveryOtherType)
 
 // What OID::toValue does to Net-SNMP's process-wide print settings, and under which lock.
 
-/// A printer that sees the settings on and the lock held, and hands out `text`, or reports a
-/// failure with half a text in the buffer.
+/// A printer that checks that the settings are on and the lock is held. It prints `text`, or, if
+/// that is null, fails with half a text in the buffer.
 auto checkedPrinter(const variable_list* expected, const char* text)
 {
     return [expected, text](u_char** buffer, std::size_t* size, std::size_t* length, int mayGrow,
@@ -500,7 +500,7 @@ TEST(OIDValueLock, CoversEveryReadingAndChangeAndTheOrderIsKept)
     const PrintSettings before(false, false);
     std::vector<int> read;
     const Replace reader(slots().getBoolean, [&read](int storeID, int which) {
-        // Net-SNMP's printer asks for settings too, of which only ours are looked at.
+        // Net-SNMP's printer reads settings too; only ours count.
         if (which == NETSNMP_DS_LIB_QUICK_PRINT || which == NETSNMP_DS_LIB_NUMERIC_TIMETICKS) {
             EXPECT_EQ(storeID, NETSNMP_DS_LIBRARY_ID);
             EXPECT_TRUE(lockIsHeld());
@@ -579,7 +579,7 @@ TEST(OIDLock, KeepsThreadsApartWhilePrinting)
     EXPECT_EQ(outputFormat(), NETSNMP_OID_OUTPUT_MODULE);
 }
 
-// A lock of the print settings that fails.
+// The lock of the print settings cannot be taken.
 
 class OIDLockFailure : public testing::Test
 {
@@ -623,9 +623,9 @@ TEST_F(OIDLockFailure, DoesNotReachWhatChangesNoSetting)
               "nothing thrown");
 }
 
-// Texts that operator new refuses.
+// operator new has no memory for a text.
 
-// Longer than what the standard libraries keep inside a string, so that each copy needs memory.
+// Longer than a short string, so that each copy allocates.
 constexpr char longText[] = "a text that is too long to be kept inside of a string itself";
 
 using WithoutMemoryForAText = NeedsCountedNew;

@@ -1,5 +1,5 @@
-// What scripts/race-hunt runs under ThreadSanitizer: the road of the workers, many at once, against
-// an agent on the loopback interface.
+// scripts/race-hunt runs this under ThreadSanitizer: many threads do what a worker does, against an
+// agent on the loopback interface.
 //
 //     snmp_race_hunt THREADS SECONDS MIBS     0 when every thread of every round had its answer
 
@@ -22,14 +22,14 @@ using Clock = std::chrono::steady_clock;
 using UVARNETSNMP::OID;
 using UVARNETSNMP::SNMPSession;
 
-/// As a worker does with each response, but that it is released.
+/// What a worker does with each response, except that the response is released.
 void receive(SNMPSession& session, void* answers, snmp_pdu* response)
 {
     static_cast<std::atomic<long>*>(answers)->fetch_add(1);
     session.ReleasePDU(response);
 }
 
-/// As a worker does: a name, a session, a request, and answers for a time.
+/// What a worker does: a name, a session, a request, and answers for some time.
 void work(const std::string& host, std::atomic<long>& unanswered)
 {
     std::atomic<long> answers{0};

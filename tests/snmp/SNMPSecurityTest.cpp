@@ -1,5 +1,5 @@
-// The security parameters. The source under test is compiled in here with another malloc, which
-// works with every linker and beside every sanitizer.
+// The security parameters. This file includes the source under test, so that it can replace malloc
+// there with every linker and sanitizer.
 
 #include "snmp/SNMPSecurity.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// The number of bytes that each call asked for, and whether calls are refused.
+/// The sizes that were requested, and whether requests are refused.
 std::vector<std::size_t> asked; // NOLINT(cert-err58-cpp): an empty vector does not throw
 bool refuse = false;
 
@@ -50,7 +50,7 @@ TEST(ByteStringType, IsTheStandardLibrarysString)
     static_assert(std::is_same_v<ByteString::traits_type, std::char_traits<unsigned char>>);
 }
 
-// What the traits do, which recent standard libraries leave to this project.
+// The traits, which this project defines where the standard library has none.
 TEST(ByteStringType, ComparesSearchesAndMovesOctets)
 {
     const unsigned char terminated[] = {'a', 'b', 0, 'c'};
@@ -171,7 +171,7 @@ struct Text
     static constexpr auto duplicate = &SNMPSecurity::LookupDuplicateString;
 };
 
-/// Both duplicating look-ups, which differ in the type of their buffer alone.
+/// Both duplicating look-ups, which differ only in the type of their buffer.
 template <class Function>
 class SNMPSecurityDuplicate : public testing::Test
 {

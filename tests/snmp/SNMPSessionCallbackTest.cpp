@@ -1,4 +1,4 @@
-// The callback through which Net-SNMP delivers the answers to an asynchronous Get.
+// SNMPSessionCallback.cpp, with Net-SNMP faked: which events reach the caller's function.
 
 #include "tests/snmp/helpers/ReceivingSession.h"
 

@@ -1,5 +1,5 @@
-// Setting Net-SNMP up and shutting it down: which of its functions are called, in which order, with
-// what, and what the environment holds by then.
+// SNMPSessionLibrary.cpp, with Net-SNMP faked: which functions set-up and shutdown call, in which
+// order, with which arguments and environment.
 
 #include "tests/snmp/helpers/FakeNetSNMP.h"
 #include "tests/support/Guards.h"
@@ -30,7 +30,7 @@ std::optional<std::string> Environment(const char* name)
 class SNMPSessionLibrary : public ::testing::Test
 {
 protected:
-    /// Gives Net-SNMP's setting back, which outlives a test.
+    /// Restores Net-SNMP's setting, which outlives a test.
     ~SNMPSessionLibrary() override
     {
         netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES, 0);

@@ -189,7 +189,7 @@ TEST_F(SNMPSessionLoopback, TheWholeTimeoutPassesHoweverEarlyTheAnswer)
 
     EXPECT_TRUE(session.Get(m_oid, &Gather, &m_gathered, shortGathering));
 
-    // The end is the system clock's, a coarse match for the steady one that is measured with.
+    // The system clock determines the end; the steady one here may differ from it a little.
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(390));
     EXPECT_THAT(m_gathered.Ticks(), ElementsAre(42));
 }
@@ -300,8 +300,8 @@ TEST_F(SNMPSessionLoopback, WithoutADescriptorTheSessionIsNotOpen)
 {
     LoopbackAgent agent(&Answer);
     {
-        // UndefinedBehaviorSanitizer needs a descriptor when it meets a class for the first time,
-        // so the limit holds for nothing but the session.
+        // The limit covers only the session: UndefinedBehaviorSanitizer needs a descriptor when it
+        // meets a class for the first time.
         const Session first(SNMP_VERSION_1, "public", agent.Host(), true);
         EXPECT_NE(first.m_sessionPtr, nullptr);
     }
@@ -467,7 +467,7 @@ TEST_F(SNMPSessionLoopback, ARequestThatCannotBeSent)
 
 // The size of the sessions' receive buffers.
 
-/// Gives Net-SNMP's setting a value, as a configuration file does, and puts the former one back.
+/// Sets Net-SNMP's setting, as a configuration file does, for a scope.
 class Setting
 {
 public:
@@ -490,7 +490,7 @@ private:
     int m_former;
 };
 
-/// What the system gave the socket of a new session.
+/// The size that the system gives the socket of a new session.
 int BufferOfASession()
 {
     const Session session(SNMP_VERSION_1, "public", "127.0.0.1:1", true);
@@ -516,7 +516,7 @@ TEST_F(ReceiveBuffer, IsAskedForWhereNothingIsConfigured)
 
 TEST_F(ReceiveBuffer, ReachesTheSocket)
 {
-    // A small one, which no system clamps; Linux doubles it for its own bookkeeping.
+    // Small enough that no system limits it. Linux doubles it for its own data.
     const Setting setting(0);
     UVARNETSNMP::SNMPSession::AskForReceiveBuffer(8192);
     const int octets = BufferOfASession();
@@ -526,7 +526,7 @@ TEST_F(ReceiveBuffer, ReachesTheSocket)
 
 TEST_F(ReceiveBuffer, AConfiguredSizeStays)
 {
-    // 1 would be taken from a configuration too; a negative number tells Net-SNMP to ask for none.
+    // A configuration may say 1 too; with a negative number Net-SNMP requests no size.
     for (const int configured : {1, 65536, 8388608, -1}) {
         const Setting setting(configured);
         UVARNETSNMP::SNMPSession::AskForReceiveBuffer(4194304);

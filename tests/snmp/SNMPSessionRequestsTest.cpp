@@ -1,4 +1,4 @@
-// SNMPSessionRequests.cpp, with Net-SNMP faked. The clock stands still but for what select() takes.
+// SNMPSessionRequests.cpp, with Net-SNMP faked. Only select() moves the clock.
 
 #include "tests/snmp/helpers/FakeNetSNMP.h"
 #include "tests/snmp/helpers/ReceivingSession.h"
@@ -185,7 +185,7 @@ TEST_F(SNMPSessionExchange, ASessionThatIsNotOpenSendsNothing)
 
 TEST_F(SNMPSessionExchange, ASessionThatOnlyTheFillingOpenedSendsNothing)
 {
-    // What a subclass can make: a live session in an object that does not count as initialised.
+    // A subclass can bring this about: a live session in an object that is not initialised.
     OpenBook session(SNMP_VERSION_2c, "public", "192.0.2.7", false);
     session.m_initialized = false;
     m_fake.ForgetCalls();

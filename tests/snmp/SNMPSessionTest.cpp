@@ -1,4 +1,5 @@
-// When a session is opened and closed, and what it is if it could not be opened.
+// SNMPSession.cpp, with Net-SNMP faked: when a session is opened and closed, and its state if it
+// could not be opened.
 
 #include "tests/snmp/helpers/OpenedSession.h"
 

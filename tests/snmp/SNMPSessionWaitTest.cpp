@@ -1,5 +1,5 @@
-// The wait of the asynchronous Get, which gathers answers until its time is over. The clock stands
-// still but for what select() takes.
+// SNMPSessionWait.cpp, with Net-SNMP faked: the wait of the asynchronous Get. Only select() moves
+// the clock.
 
 #include "tests/snmp/helpers/ReceivingSession.h"
 

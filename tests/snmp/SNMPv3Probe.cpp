@@ -1,15 +1,15 @@
 // snmp_v3_probe PERSISTENT_DIR HOST OID [KEY=VALUE]…
 //
-// One synchronous GET over SNMPv3 with the security parameters given as KEY=VALUE, its outcome on
-// one line of standard output, for tests that run an agent in a network namespace of their own:
+// Sends one synchronous GET over SNMPv3 with the security parameters KEY=VALUE, and prints the
+// outcome as one line. For tests that run an agent in a network namespace of their own:
 //
 //     response 0 NAME = VALUE       an answer: its error-status and its variable binding
 //     no response: REASON           the session opened, the exchange failed; Net-SNMP's reason
 //     not open: REASON              Net-SNMP refused the session
 //
-// The exit code is 0, 1 and 2 in this order, and 64 for a wrong command line. So that it cannot be
-// pointed at a real network, HOST is a numeric loopback or documentation address (RFC 5737, RFC
-// 2544).
+// The exit code is 0, 1 and 2 in this order, and 64 for a wrong command line. HOST must be a
+// numeric loopback or documentation address (RFC 5737, RFC 2544), so that no real network can be
+// asked.
 
 #include "snmp/SNMPSession.h"
 

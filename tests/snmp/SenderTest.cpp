@@ -1,5 +1,5 @@
-// Who sent a PDU, and what is released of one that is kept. The PDUs are made here, as Net-SNMP's
-// UDP transport and its parser make them.
+// Who sent a PDU, and what is released of a kept one. The PDUs are like those of Net-SNMP's UDP
+// transport and parser.
 
 #include "snmp/Sender.h"
 
@@ -106,8 +106,8 @@ TEST(Sender, IsAnyAddress)
     }
 }
 
-/// A response with bindings of every kind that Net-SNMP allocates for: a name and a value that fit
-/// the binding itself, and ones that do not.
+/// A response with bindings of every kind: names and values inside the binding, and ones that
+/// Net-SNMP allocates apart from it.
 snmp_pdu* responseWithBindings()
 {
     snmp_pdu* const pdu = snmp_pdu_create(SNMP_MSG_RESPONSE);

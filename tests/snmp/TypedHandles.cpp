@@ -1,5 +1,4 @@
-// The headers that this is compiled with do give the handle of a session a type of its own: else
-// the library beside it would be compiled with nothing new.
+// Checks the changed headers: without this, the library could be compiled with unchanged ones.
 
 #include "snmp/SNMPSession.h"
 

@@ -11,12 +11,16 @@
 #include <string>
 #include <vector>
 
-/// Stands in for Net-SNMP, select() and the clock: the test program defines these functions itself,
-/// which a linker takes in preference to the shared libraries'. While one of these objects lives it
-/// records every call in order and answers as the test told it; where it has nothing to decide it
-/// lets the real function do the work. A call while none lives, a call that a test did not take
-/// (but for snmp_sess_close) and a handle not closed, or not once, fail the test. Threads: none;
-/// everything happens on the test's own.
+/// Replaces Net-SNMP, select() and the clock. The test program defines these functions itself, and
+/// the linker prefers a program's own definitions to those of shared libraries.
+///
+/// While such an object lives, it records every call in order. A function returns what the test has
+/// set here; functions without a setting call the real one. The test fails
+/// - on a call while no such object lives,
+/// - on a call that is still in the record at the end, except snmp_sess_close,
+/// - if a handle is not closed exactly once.
+///
+/// Threads: for the test's own thread only.
 class FakeNetSNMP
 {
 public:
@@ -25,15 +29,15 @@ public:
     FakeNetSNMP(const FakeNetSNMP&) = delete;
     FakeNetSNMP& operator=(const FakeNetSNMP&) = delete;
 
-    /// The calls since the last time, oldest first, as "name(arguments)".
+    /// Takes the record: the calls since it was last taken, oldest first, as "name(arguments)".
     std::vector<std::string> TakeCalls();
-    /// Drops the calls so far: a test's own preparation.
+    /// Empties the record, after a test's own preparation.
     void ForgetCalls();
 
-    /// What snmp_sess_open is handed. Texts and keys are copies; a null field has no value.
+    /// What snmp_sess_open was given. Texts and keys are copies; a null field has no value.
     struct Template
     {
-        netsnmp_session raw; ///< pointers in it are not to be followed afterwards
+        netsnmp_session raw; ///< its pointers are invalid afterwards
         std::string peerName;
         std::optional<std::string> community;
         std::optional<std::string> contextEngineID;
@@ -41,7 +45,7 @@ public:
         std::optional<std::string> securityEngineID;
         std::optional<std::string> securityName;
         std::vector<oid> authProtocol;
-        std::vector<oid> privProtocol; ///< as many as its length says
+        std::vector<oid> privProtocol; ///< by its length, which may be 0
         std::string authKey;
         std::string privKey;
     };
@@ -62,25 +66,25 @@ public:
     std::vector<Sent> sent;
     bool createFails = false;
     bool cloneFails = false;
-    /// What snmp_pdu_create presets non-repeaters to, if not as Net-SNMP does.
+    /// What snmp_pdu_create presets non-repeaters to; without a value, Net-SNMP's -1.
     std::optional<long> presetNonRepeaters;
     int status = STAT_SUCCESS;            ///< of the next synchronous exchange
     snmp_pdu* response = nullptr;         ///< of the next synchronous exchange
     std::function<int(snmp_pdu&)> onSend; ///< gives the request ID, 0 for a failure
     std::function<int()> onSelect;        ///< gives select's result
-    std::function<void()> onRead;         ///< Net-SNMP reads: the place to deliver answers
+    std::function<void()> onRead;         ///< called while Net-SNMP reads; may Deliver
     int descriptor = 7;                   ///< of the live session, -1 when its stream is closed
     bool largeSetFails = false;           ///< no memory for a set of many descriptors
     timeval nextResend = {3, 0};          ///< from now; bounds the wait of select
 
-    /// One event of the live session, as Net-SNMP tells it: to the callback that is set in it.
+    /// Calls the live session's callback with an event, as Net-SNMP does.
     int Deliver(int operation, int requestID, snmp_pdu* pdu);
 
-    /// The request that was sent asynchronously, as long as it is outstanding; else null.
+    /// The asynchronous request that is outstanding, or null.
     const snmp_pdu* Outstanding() const { return m_outstanding; }
-    /// Ends it, as closing the session does.
+    /// Frees that request, as closing the session does.
     void DropOutstanding();
-    /// A PDU of the test's own, called `name` in the record and real in all else.
+    /// A real PDU, which the record calls `name`.
     snmp_pdu* MakePDU(const std::string& name, int command);
     /// What the record calls a PDU.
     std::string NameOf(const snmp_pdu* pdu) const;
@@ -93,8 +97,8 @@ public:
     /// Two lower-case digits an octet.
     static std::string Hex(const std::string& octets);
 
-    // For the functions that stand in.
-    /// The function of the shared library that the one of this program hides.
+    // For the replaced functions.
+    /// The function of the shared library that this program's own hides.
     template <typename Function>
     static Function* Real(const char* name)
     {
@@ -121,8 +125,7 @@ private:
     snmp_pdu* m_outstanding = nullptr;
 };
 
-/// A session whose fields a test may look at, and the name that tells whether the library is set
-/// up.
+/// A session whose protected members are public.
 class OpenBook : public UVARNETSNMP::SNMPSession
 {
 public:
@@ -137,7 +140,7 @@ public:
     using SNMPSession::SNMPSession;
 };
 
-/// sysUpTime.0, made without Net-SNMP's parser of names, which needs a library that is set up.
+/// sysUpTime.0 from its numbers: Net-SNMP's parser needs a library that is set up.
 inline UVARNETSNMP::OID SysUpTimeName()
 {
     const oid name[] = {1, 3, 6, 1, 2, 1, 1, 3, 0};

@@ -1,4 +1,4 @@
-// The functions that stand in for Net-SNMP's, for select() and for the clock of Poco::Timestamp.
+// The replacements of Net-SNMP's functions, of select() and of the clock of Poco::Timestamp.
 
 #include "tests/snmp/helpers/FakeNetSNMP.h"
 
@@ -222,11 +222,11 @@ int snmp_sess_send(SessionHandle handle, snmp_pdu* request)
     return requestID;
 }
 
-// What a wait calls.
+// For the wait.
 
 netsnmp_transport* snmp_sess_transport(SessionHandle handle)
 {
-    FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__); // a mere question: not recorded
+    FakeNetSNMP& fake = FakeNetSNMP::OfHandle(handle, __func__); // not recorded: it changes nothing
     fake.transport.sock = fake.descriptor;
     return &fake.transport;
 }

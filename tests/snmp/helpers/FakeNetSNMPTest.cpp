@@ -1,4 +1,4 @@
-// What the fake of Net-SNMP must not let pass: each of these is a failure of the test that does it.
+// Misuse of the fake, which must fail the test.
 
 #include "tests/snmp/helpers/FakeNetSNMP.h"
 

@@ -64,7 +64,7 @@ bool FaultPoints::isDue(const char* function)
     return true;
 }
 
-// __real_NAME and __wrap_NAME are the names that the linker's option --wrap=NAME asks for.
+// __real_NAME and __wrap_NAME are the names of the linker's option --wrap=NAME.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*)
 
 #define FAULT_POINT(Result, name, parameters, arguments, failure)                                  \
@@ -125,13 +125,13 @@ void* __wrap_snmp_sess_open(netsnmp_session* session)
     if (++openings > 1) {
         openedAtOnce = true;
     }
-    std::this_thread::yield(); // another thread would come in now
+    std::this_thread::yield(); // so that another thread can enter now
     void* const handle = __real_snmp_sess_open(session);
     --openings;
     return handle;
 }
 
-/// operator new and new[], by the names that the compilers for 64 bits give them.
+/// operator new and new[], by their mangled names on 64 bits.
 void* __real__Znwm(size_t size);
 void* __wrap__Znwm(size_t size);
 void* __wrap__Znwm(size_t size)

@@ -2,15 +2,15 @@
 
 #include <string>
 
-/// Failures on purpose. The test program's linker puts wrappers before each allocation of the
-/// library's own and each call into Net-SNMP that can fail (see tests/snmp/CMakeLists.txt). A
-/// wrapper passes its call on, but for the one call that is due to fail.
+/// Injected failures. The linker wraps each allocation in the library's code and each call to
+/// Net-SNMP that can fail (see tests/snmp/CMakeLists.txt). A wrapper calls the real function,
+/// except for the one call that is due to fail.
 ///
 /// Threads: only the calls of the thread that made the object count.
 class FaultPoints
 {
 public:
-    /// The call of this number fails while the object lives, the first one being 1. 0: none does.
+    /// While the object lives, the call with this number fails, counted from 1; 0: none.
     explicit FaultPoints(int due);
     ~FaultPoints();
     FaultPoints(const FaultPoints&) = delete;
@@ -25,6 +25,6 @@ public:
     /// Whether two threads have ever been in snmp_sess_open at the same time.
     static bool sessionsWereOpenedAtOnce();
 
-    /// Whether the call that is being made is the one. For the wrappers.
+    /// For the wrappers: counts a call, and returns whether it is the one.
     static bool isDue(const char* function);
 };

@@ -27,13 +27,13 @@ private:
     unsigned short m_port;
 };
 
-/// An agent on the loopback interface: it keeps the datagrams that arrive and does with each what a
-/// test told it, on a thread of its own that ends with Stop or the destructor.
+/// An agent on the loopback interface. It keeps the datagrams that arrive and calls the test's
+/// Behaviour for each, on a thread of its own that ends with Stop or the destructor.
 class LoopbackAgent
 {
 public:
-    /// Called for each datagram, the first of which has number 0, on the agent's thread. What it
-    /// touches besides the agent is the test's again after Stop.
+    /// Called for each datagram, numbered from 0, on the agent's thread. The test must not use what
+    /// the function uses until after Stop.
     using Behaviour =
         std::function<void(const LoopbackAgent& agent, const std::string& request, size_t number)>;
 
@@ -44,13 +44,13 @@ public:
 
     /// The peer name for Net-SNMP.
     std::string Host() const;
-    /// Sends from the agent's own port to whom the latest datagram came from. For Behaviour.
+    /// Sends from the agent's port to the sender of the latest datagram. For Behaviour.
     void Reply(const std::string& datagram) const { ReplyFrom(m_socket, datagram); }
     /// The same from another socket, as another agent would. For Behaviour.
     void ReplyFrom(const LoopbackSocket& socket, const std::string& datagram) const;
     unsigned short Port() const { return m_socket.Port(); }
 
-    /// Ends the thread, once it has served all that has arrived, and gives the datagrams.
+    /// Ends the thread after it has served all datagrams that have arrived, and returns them.
     const std::vector<std::string>& Stop();
 
 private:

@@ -12,7 +12,7 @@ namespace {
 
 thread_local Allocations* watching = nullptr;
 
-/// The definition that the program would have got without the one in this file.
+/// The function of the shared library that this program's own hides.
 template <class Function>
 Function* real(const char* name)
 {

@@ -9,12 +9,11 @@
 #include <utility>
 #include <vector>
 
-/// The functions of Net-SNMP on which an OID depends, defined by the test program itself: a call
-/// from the library under test lands here first and goes on to the real function unless a test has
-/// put something in its place.
+/// The test program defines the functions of Net-SNMP that an OID calls. Each definition calls the
+/// real function unless the test has replaced it.
 namespace OIDFakes {
 
-/// What stands in for each function; empty: the real one.
+/// The replacement of each function; empty: the real one.
 struct Slots
 {
     std::function<decltype(snmp_parse_oid)> parse;
@@ -28,7 +27,7 @@ struct Slots
 };
 Slots& slots();
 
-/// Puts a function into a slot for a scope.
+/// Replaces a function for a scope.
 template <class Function>
 class Replace
 {
@@ -48,12 +47,12 @@ private:
 template <class Function, class Body>
 Replace(std::function<Function>&, Body&&) -> Replace<Function>;
 
-/// Watches netsnmp_malloc and netsnmp_free for a scope, on the thread that made it; at most one at
-/// a time. Can refuse one allocation, and fails the test if that one was never asked for.
+/// Records netsnmp_malloc and netsnmp_free for a scope, on the thread that made it; at most one at
+/// a time. It can refuse one allocation, and fails the test if that allocation never came.
 class Allocations
 {
 public:
-    /// `refused`: which allocation from now on returns null, counted from 1; 0: none.
+    /// `refused` is the number of the allocation that returns null, counted from 1; 0: none.
     explicit Allocations(std::size_t refused = 0);
     ~Allocations();
     Allocations(const Allocations&) = delete;
@@ -61,7 +60,7 @@ public:
 
     /// The number of sub-identifiers that each allocation asked for, refused ones included.
     const std::vector<std::size_t>& counts() const noexcept { return m_counts; }
-    /// How many of the arrays given out since are not yet released.
+    /// How many arrays allocated since are not yet released.
     std::size_t unreleased() const noexcept { return m_arrays.size(); }
 
     void* allocate(std::size_t bytes);

@@ -1,4 +1,4 @@
-// The fakes themselves: each must fail the test that meets what it did not expect.
+// The fakes themselves: an unexpected call must fail the test.
 
 #include "tests/snmp/helpers/OIDTestHelpers.h"
 

@@ -22,14 +22,13 @@ inline UVARNETSNMP::OID makeOID(std::initializer_list<oid> ids, std::size_t capa
     return UVARNETSNMP::OID(ids.begin(), ids.size(), capacity);
 }
 
-/// The sub-identifiers as the calls of Net-SNMP see them.
+/// The sub-identifiers, as Net-SNMP's calls read them.
 inline std::vector<oid> idsOf(const UVARNETSNMP::OID& id)
 {
     return std::vector<oid>(id.oidptr(), id.oidptr() + id.oidsize());
 }
 
-/// The capacity, which a copy takes over and therefore asks memory for; 0 for one without
-/// sub-identifiers.
+/// The capacity, determined from what a copy allocates; 0 without sub-identifiers.
 inline std::size_t capacityOf(const UVARNETSNMP::OID& id)
 {
     const OIDFakes::Allocations watch;
@@ -37,8 +36,8 @@ inline std::size_t capacityOf(const UVARNETSNMP::OID& id)
     return watch.counts().empty() ? 0 : watch.counts().front();
 }
 
-/// Whether some other thread than the calling one could not take the lock now. (The lock is
-/// recursive: the thread that holds it could take it again.)
+/// Whether another thread could not take the lock now. It must be another one, because the lock is
+/// recursive.
 inline bool lockIsHeld()
 {
     bool held = true;
@@ -133,7 +132,7 @@ private:
     bool m_ticks = numericTicks();
 };
 
-/// A stand-in for sprint_realloc_by_type where nothing may be printed.
+/// A replacement of sprint_realloc_by_type that fails the test.
 inline int unexpectedPrint(u_char** /*buffer*/, std::size_t* /*size*/, std::size_t* /*length*/,
                            int /*mayGrow*/, const netsnmp_variable_list* /*var*/,
                            const enum_list* /*enums*/, const char* /*hint*/, const char* /*units*/)
@@ -142,9 +141,9 @@ inline int unexpectedPrint(u_char** /*buffer*/, std::size_t* /*size*/, std::size
     return 0;
 }
 
-/// A test suite with Printer-MIB of the project's own folder, and all that it imports, loaded: by
-/// the first such suite, until the process exits. (Net-SNMP 5.9 loses memory when it is set up
-/// again, which LeakSanitizer would report.)
+/// A test suite with the project's Printer-MIB and its imports loaded. The first such suite loads
+/// them, until the process exits: Net-SNMP 5.9 leaks when it is set up again, and LeakSanitizer
+/// would report that.
 class WithMIBs : public testing::Test
 {
 protected:

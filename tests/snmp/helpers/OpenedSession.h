@@ -15,13 +15,13 @@ inline UVARNETSNMP::ByteString Octets(const std::string& text)
     return UVARNETSNMP::ByteString(text.begin(), text.end());
 }
 
-/// A library that is set up, and what it is handed for sessions.
+/// A library that counts as set up, and what Net-SNMP is given for sessions.
 class OpenedSession : public ::testing::Test
 {
 protected:
     ~OpenedSession() override { m_fake.ForgetCalls(); }
 
-    /// What Net-SNMP is handed for a session with these parameters.
+    /// What snmp_sess_open is given for a session with these parameters.
     FakeNetSNMP::Template Opened(const UVARNETSNMP::SNMPSecurity& security, bool broadcast = false)
     {
         const OpenBook session(SNMP_VERSION_3, security, "192.0.2.7", broadcast);

@@ -13,7 +13,7 @@ constexpr int requestID = 4711;
 /// The longest wait of one turn, in microseconds.
 constexpr Poco::Timespan::TimeDiff turn = 5000;
 
-/// An open session, and what the caller's function was given, in order.
+/// An open session, and what its callback received, in order.
 class ReceivingSession : public ::testing::Test
 {
 protected:
@@ -35,7 +35,7 @@ protected:
         static std::vector<Received> all;
         return all;
     }
-    /// The caller's function.
+    /// The callback of the requests.
     static void Receive(UVARNETSNMP::SNMPSession& session, void* userData, snmp_pdu* response)
     {
         AllReceived().push_back({&session, userData, response});

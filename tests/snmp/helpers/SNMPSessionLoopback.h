@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-// What the tests of the session with the real Net-SNMP share. Net-SNMP is set up once for the
-// program, without any MIB module and away from the host's configuration, and shut down at its end.
+// Shared by the tests with the real Net-SNMP. The program sets Net-SNMP up once, without MIB
+// modules and without the host's configuration, and shuts it down at its end.
 
 class Session : public UVARNETSNMP::SNMPSession
 {
@@ -27,7 +27,7 @@ public:
     }
 };
 
-/// What an asynchronous Get handed over.
+/// The responses of an asynchronous Get.
 struct Gathered
 {
     ~Gathered();

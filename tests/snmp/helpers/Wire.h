@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// SNMPv1 and SNMPv2c messages as octets (RFC 3416 in BER), written by the tests' own hand so that
-/// what the library sends is held against something that is not Net-SNMP.
+/// SNMPv1 and SNMPv2c messages as octets (RFC 3416 in BER), encoded without Net-SNMP, so that the
+/// tests compare what the library sends with something independent.
 namespace Wire {
 
 constexpr unsigned char get = 0xa0;
@@ -34,7 +34,7 @@ Message Decode(const std::string& octets);
 std::string SysUpTimeNull();
 std::string SysUpTime(unsigned char ticks);
 
-/// What answers `request`: a response with its request ID and one octet of TimeTicks.
+/// A response to `request`, with its request ID and one octet of TimeTicks.
 std::string Response(const std::string& request, unsigned char ticks);
 
 } // namespace Wire
