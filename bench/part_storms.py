@@ -54,6 +54,7 @@ def measure(build, quick):
 
 
 def storm(tool, simulator, agents, frame, buffer):
+    """How many agents are in the document."""
     topology = lab_run.campus(
         simulator, "--first", "198.18.1.0", "--agents", agents, "--frame", frame
     )
@@ -61,8 +62,7 @@ def storm(tool, simulator, agents, frame, buffer):
         pathlib.Path(folder, "snmp.conf").write_text(f"clientRecvBuf {buffer}\n")
         env = dict(os.environ, SNMPCONFPATH=folder)
         result = lab_run.observe(topology, [tool], env=env)
-    found = len(lab_run.found(result))
-    return {"found": found, **{name: result[name] for name in ("lost", "seconds", "memory")}}
+    return len(lab_run.found(result))
 
 
 # Each prints a line for an agent that it found; the expression takes the address out of it.
@@ -121,7 +121,7 @@ def inputs(folder, prefix):
 
 def shares(data, charge, buffer, agents):
     results = data["storms"].get(f"{charge}/{buffer}/{agents}", [])
-    return [100 * each["found"] / agents for each in results]
+    return [100 * found / agents for found in results]
 
 
 def percent(share):

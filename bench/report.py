@@ -1,5 +1,6 @@
 """Markdown tables, the places in a document that they go to, and the machine they come from."""
 
+import json
 import os
 import platform
 import re
@@ -9,6 +10,17 @@ def table(header, rows):
     """A Markdown table; the first column is text, the others are numbers."""
     lines = [header, ["---"] + ["---:"] * (len(header) - 1), *rows]
     return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
+
+
+def compact(data, indentation=""):
+    """`data` as JSON: what fits into 100 characters stands on one line."""
+    line = json.dumps(data, sort_keys=True, ensure_ascii=False)
+    if not isinstance(data, dict) or len(indentation) + len(line) <= 100:
+        return line
+    inner = indentation + " "
+    members = [f"{inner}{json.dumps(key, ensure_ascii=False)}: {compact(data[key], inner)}"
+               for key in sorted(data)]
+    return "{\n" + ",\n".join(members) + "\n" + indentation + "}"
 
 
 def fill(document, texts):

@@ -105,7 +105,7 @@ def main():
             continue
         if not options.redraw:
             results.parent.mkdir(exist_ok=True)
-            results.write_text(json.dumps(data, indent=1, sort_keys=True) + "\n", encoding="utf-8")
+            results.write_text(report.compact(data) + "\n", encoding="utf-8")
         report.fill(HERE / "README.md", texts)
         for file_name, svg in pictures.items():
             (HERE / file_name).write_text(svg, encoding="utf-8")
