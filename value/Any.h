@@ -62,8 +62,7 @@ public:
     /// Holds `object`, copied or moved as it is given. Arrays and functions are held as pointers.
     /// Converts implicitly, as std::any does.
     template <typename T, typename = std::enable_if_t<!std::is_base_of_v<Any, std::decay_t<T>>>>
-    Any(T&& object)
-        : m_content(std::make_unique<Holder<std::decay_t<T>>>(std::forward<T>(object)))
+    Any(T&& object) : m_content(std::make_unique<Holder<std::decay_t<T>>>(std::forward<T>(object)))
     {}
 
     /// Holds a clone of what `other` holds. A copy that fails part-way frees what it had built.
@@ -103,9 +102,8 @@ public:
     }
 
 private:
-    /// Whether the content is a Holder<T>, as far as addresses alone show. A no is
-    /// certain only if type() differs too: shared libraries can each have a description of the same
-    /// type.
+    /// Whether the addresses of the type descriptions show that the content is a Holder<T>. If they
+    /// do not, type() decides: shared libraries can each have a description of the same type.
     template <typename T>
     bool isHolder() const noexcept
     {

@@ -7,13 +7,14 @@
 #include <streambuf>
 #include <string_view>
 
-/// The characters of an input stream, most of them straight from its buffer. This copies the
-/// pointers of the buffer's get area and advances the copy. When the copy is used up, the stream's
-/// own peek() and get() do the work. After each Lease, and whenever the stream itself is called,
-/// its state, its exceptions and its position are those that reading through peek() and get() alone
-/// would leave; gcount() is not.
+/// Reads the characters of an input stream, most of them straight from its buffer. It copies the
+/// pointers of the buffer's get area and advances the copy. When the copy is used up, it calls the
+/// stream's own peek() and get(). Before each such call, and at the end of each Lease, the stream
+/// gets its position back. Its state, its exceptions and its position are then those that peek()
+/// and get() alone would have left; only gcount() differs.
 ///
-/// The stream, its buffer and its exception mask of all three bits must stay while this exists.
+/// The stream is not owned. The stream, its buffer and its exception mask of all three bits must
+/// stay while this exists. One thread at a time may use it.
 class CharacterSource
 {
 public:
@@ -22,11 +23,12 @@ public:
     std::istream& stream() noexcept { return m_in; }
 
     /// Characters can be read while one of these exists. The outermost takes the position over from
-    /// the stream and hands it back at its end, also when an exception ends it.
+    /// the stream, and its destructor hands it back, also when an exception is thrown.
     class Lease
     {
     public:
-        explicit Lease(CharacterSource& source) noexcept : m_source(source.m_leased ? nullptr : &source)
+        explicit Lease(CharacterSource& source) noexcept
+            : m_source(source.m_leased ? nullptr : &source)
         {
             if (m_source) {
                 m_source->m_leased = true;
@@ -77,7 +79,7 @@ private:
         static constexpr auto advance = &GetArea::gbump;
     };
 
-    /// None if the stream is not good: its own functions then say what is wrong.
+    /// Takes no characters if the stream is not good: its own functions then report the error.
     void takePosition() noexcept
     {
         if (m_in.good()) {

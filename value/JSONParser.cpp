@@ -1,7 +1,7 @@
 #include "value/JSONParser.h"
 
-// Every function of the interface leases the characters, and calls others of the interface or
-// private ones.
+// The public functions can be called in any order, also by each other, so each of them leases the
+// characters; only the outermost lease has an effect. The private functions rely on it.
 
 JSONParser::JSONParser(std::istream& in) : m_source(in), m_savedMask(in.exceptions())
 {
@@ -65,7 +65,7 @@ void JSONParser::skipBlanks()
             m_source.skip();
         }
     } catch (const std::ios_base::failure&) {
-        return; // the next one to need a character fails again
+        return; // whoever needs a character next meets the same end of the stream
     }
 }
 

@@ -7,15 +7,17 @@
 #include <string>
 #include <vector>
 
-/// Reads one JSON value from a stream and leaves the stream right behind it: blanks and text after
-/// the value stay unread. It accepts more than JSON does; each such rule stands at its function.
-/// None of them recurses, so that no depth of nesting exhausts the stack.
+/// Reads one JSON value from a stream and leaves the stream right after it: blanks and text after
+/// the value stay unread. It deliberately accepts more than JSON does; each such rule stands at its
+/// function. No function recurses, so that no depth of nesting exhausts the stack.
 ///
-/// All but getToken() throw on bad input: std::exception for a character in the wrong place,
-/// std::ios_base::failure when the stream ends or fails. What was read until then stays consumed. A
-/// character that breaks the rules is left unread, except inside a literal, right after a
-/// backslash, where the second half of a surrogate pair is missing and where a digit makes a number
-/// too large: there it has been consumed.
+/// All but getToken() throw on bad input: std::exception for a wrong character,
+/// std::ios_base::failure when the stream ends or fails. What was read until then stays consumed.
+/// The wrong character itself stays unread, with four exceptions, in which it is consumed:
+/// - it stands where a letter of true, false or null should;
+/// - it comes after a backslash and makes no escape;
+/// - it stands where the backslash or the u of a surrogate pair's second half should;
+/// - it is the digit that makes a number too large.
 ///
 /// One thread at a time may use a parser; it has the stream to itself. The stream's gcount() means
 /// nothing afterwards.
@@ -86,8 +88,7 @@ private:
     char32_t getCodePoint();
     Value getContainer();
     Value getScalar(char first);
-    Value* placeAfterValue(Nesting& nesting);
-    Value* firstPlace(Nesting& nesting);
+    Value* nextPlace(Nesting& nesting, bool opened);
     Value* nextEntry(Value::Hash& hash);
 
     CharacterSource m_source;

@@ -2,8 +2,9 @@
 
 #include <iterator>
 
-// Arrays and hashes are built where they will stay, in the value that is returned. A stack of those
-// that are still open takes the place of recursion.
+// A stack of the containers that are still open takes the place of recursion. Hashes are built
+// where they will stay, in the value that is returned. The elements of open arrays wait on a second
+// stack and move into their array when it closes, because only then is their number known.
 
 /// The arrays and hashes that are being read, the innermost last.
 struct JSONParser::Nesting
@@ -41,8 +42,7 @@ struct JSONParser::Nesting
     }
 
     std::vector<Open> open;
-    /// Those of all arrays that are open, each behind the ones of the array around it. An array
-    /// gets them when their number is known, in memory of just that size.
+    /// Of all open arrays, those of an inner array after those of the one around it.
     Value::Array elements;
 };
 
@@ -50,61 +50,51 @@ Value JSONParser::getContainer()
 {
     Value root;
     Nesting nesting;
-    Value* place = &root;
-    while (place) {
+    for (Value* place = &root; place;) {
         const char c = peekPastBlanks();
-        if (c == '[' || c == '{') {
+        const bool opens = c == '[' || c == '{';
+        if (opens) {
             m_source.skip();
             nesting.enter(c, *place);
-            place = firstPlace(nesting);
         } else {
             *place = getScalar(c);
-            place = placeAfterValue(nesting);
         }
+        place = nextPlace(nesting, opens);
     }
     return root;
 }
 
-/// Where the first value of the innermost container goes, with the text right behind the opening
-/// bracket; if there is none, where the value after the container goes.
-Value* JSONParser::firstPlace(Nesting& nesting)
-{
-    const Nesting::Open innermost = nesting.open.back();
-    if (peekPastBlanks() == innermost.closing()) {
-        m_source.skip();
-    } else if (innermost.array) {
-        return &nesting.elements.emplace_back();
-    } else if (Value* const place = nextEntry(*innermost.hash)) {
-        return place;
-    }
-    nesting.leave();
-    return placeAfterValue(nesting);
-}
-
-/// Where the value after a complete one goes; null when that was the outermost container's last.
-Value* JSONParser::placeAfterValue(Nesting& nesting)
+/// Reads on to the next value, past commas, names and closing brackets, and returns where that
+/// value goes; null after the closing bracket of the outermost container. `opened` says that the
+/// innermost container has just been entered, so that its first value comes without a comma.
+Value* JSONParser::nextPlace(Nesting& nesting, bool opened)
 {
     while (!nesting.open.empty()) {
         const Nesting::Open innermost = nesting.open.back();
-        if (peekPastBlanks() == ',') {
-            m_source.skip();
+        const char c = peekPastBlanks();
+        if (opened ? c != innermost.closing() : c == ',') {
+            if (!opened) {
+                m_source.skip();
+            }
             if (innermost.array) {
                 return &nesting.elements.emplace_back();
             }
             if (Value* const place = nextEntry(*innermost.hash)) {
                 return place;
             }
+            // The hash ended after a name without a value.
         } else {
             expect(innermost.closing());
             m_source.skip();
         }
         nesting.leave();
+        opened = false;
     }
     return nullptr;
 }
 
-/// The entry for the next name that has a value, with the text right before a name or blanks; null
-/// when the hash ended instead.
+/// Reads names and the colon after the first that has one; returns that name's entry. Null if the
+/// hash's closing bracket came first, which is then consumed: names without a colon are dropped.
 Value* JSONParser::nextEntry(Value::Hash& hash)
 {
     for (;;) {

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <limits>
 
+// A number is read into its parts, whole numbers all of them. Only then does numberOf() decide
+// between a long and a real, and computes the real by the formula that the header promises.
+
 namespace {
 
 /// What a number's text says.

@@ -1,5 +1,9 @@
 #include "value/JSONParser.h"
-#include "value/ByteScan.h"
+
+#include <algorithm>
+
+// A string is copied in runs, each up to the next quotation mark, backslash or end of what the
+// stream has buffered. Escapes between the runs are turned into UTF-8.
 
 namespace {
 
@@ -33,23 +37,25 @@ Value JSONParser::getString()
     return getText();
 }
 
-/// A string whose quotation mark has been peeked.
+/// A string whose opening quotation mark has been peeked.
 std::string JSONParser::getText()
 {
     m_source.skip();
     m_text.clear();
     for (;;) {
         const std::string_view ready = m_source.atHand();
-        const std::size_t plain = ByteScan::beforeQuoteOrBackslash(ready);
-        m_text.append(ready.data(), plain);
-        m_source.skip(plain);
-        switch (const char c = m_source.get()) {
-        case '"':
+        const auto end =
+            std::find_if(ready.begin(), ready.end(), [](char c) { return c == '"' || c == '\\'; });
+        m_text.append(ready.begin(), end);
+        m_source.skip(static_cast<std::size_t>(end - ready.begin()));
+        // Now one of the two comes next, or what was at hand is used up and the stream is asked.
+        const char c = m_source.get();
+        if (c == '"') {
             return m_text;
-        case '\\':
+        }
+        if (c == '\\') {
             getEscape(m_text);
-            break;
-        default: // the first after the characters that were at hand
+        } else {
             m_text += c;
         }
     }
@@ -58,31 +64,15 @@ std::string JSONParser::getText()
 /// The escape whose backslash has been read.
 void JSONParser::getEscape(std::string& text)
 {
-    switch (const char c = m_source.get()) {
-    case '"':
-    case '/':
-    case '\\':
-        text += c;
-        break;
-    case 'b':
-        text += '\b';
-        break;
-    case 'f':
-        text += '\f';
-        break;
-    case 'n':
-        text += '\n';
-        break;
-    case 'r':
-        text += '\r';
-        break;
-    case 't':
-        text += '\t';
-        break;
-    case 'u':
+    static constexpr std::string_view letters = "\"/\\bfnrt";
+    static constexpr std::string_view meanings = "\"/\\\b\f\n\r\t";
+    const char c = m_source.get();
+    const std::size_t found = letters.find(c);
+    if (c == 'u') {
         appendUTF8(text, getCodePoint());
-        break;
-    default:
+    } else if (found != std::string_view::npos) {
+        text += meanings[found];
+    } else {
         throw std::exception();
     }
 }

@@ -15,11 +15,6 @@
 
 namespace {
 
-char* copy(char* out, std::string_view text) noexcept
-{
-    return std::copy(text.begin(), text.end(), out);
-}
-
 std::string_view withoutLeadingSpace(std::string_view text) noexcept
 {
     const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
@@ -87,8 +82,8 @@ std::string_view realField(std::string_view text) noexcept
 /// The number that is all of `field`; 0.0 if that is empty.
 double toReal(std::string_view field)
 {
-    // strtod reads the C locale's decimal point. It gives infinity on overflow, where a stream
-    // would give the largest finite number.
+    // strtod reads the C locale's decimal point. On overflow it gives infinity, as promised; a
+    // stream would give the largest finite number.
     std::string text(field);
     const std::size_t point = text.find('.');
     if (point != std::string::npos) {
@@ -108,7 +103,7 @@ char* NumberText::write(char* out, long long number) noexcept
 char* NumberText::write(char* out, double number)
 {
     if (std::isnan(number)) {
-        return copy(out, "nan");
+        return std::copy_n("nan", 3, out);
     }
 #ifdef __cpp_lib_to_chars
     return std::to_chars(out, out + longest, number, std::chars_format::general, 6).ptr;
@@ -116,7 +111,8 @@ char* NumberText::write(char* out, double number)
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
     stream << number;
-    return copy(out, stream.str());
+    const std::string text = stream.str();
+    return std::copy(text.begin(), text.end(), out);
 #endif
 }
 

@@ -10,7 +10,7 @@ struct Type
     using Held = T;
 };
 
-/// The kind of the first held type that `is` says yes to, the most frequent first.
+/// The kind whose held type passes the test `is`; the most frequent kinds are tried first.
 template <typename Test>
 Value::Kind findKind(Test is) noexcept
 {
@@ -50,7 +50,8 @@ Value::Kind Value::kind() const noexcept
     if (m_holder.empty()) {
         return Kind::Nil;
     }
-    // Most often the addresses of two descriptions tell. Comparing them for equality takes longer.
+    // Within one program equal types mostly have one description each, so comparing addresses
+    // suffices; only types from other shared libraries need the slower comparison.
     const std::type_info& held = m_holder.type();
     const Kind atAGlance =
         findKind([&](auto type) { return &held == &typeid(typename decltype(type)::Held); });

@@ -13,8 +13,8 @@
 
 class Value;
 
-// Arrays and hashes nest to any depth. They are copied and taken apart on a stack of bounded size,
-// in time linear in their own. Taking apart allocates nothing, so that destruction cannot fail.
+// Arrays and hashes nest to any depth. They are copied and destroyed with a stack of bounded size,
+// in time linear in their size. Destruction allocates nothing, so that it cannot fail.
 
 template <>
 struct Dynamic::HolderTraits<std::vector<Value>>
@@ -86,8 +86,8 @@ public:
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
-    /// empty, its conversions zero, an empty container, and false but by the Ruby rules. A template,
-    /// so that only holders are taken: every type converts to one.
+    /// empty, its conversions zero, an empty container, and false but by the Ruby rules. A
+    /// template, so that only holders are taken: every type converts to one.
     template <typename Holder,
               std::enable_if_t<std::is_same_v<std::decay_t<Holder>, Dynamic::Any>, int> = 0>
     explicit Value(Holder&& holder) noexcept(std::is_nothrow_constructible_v<Dynamic::Any, Holder>)

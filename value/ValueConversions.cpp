@@ -3,6 +3,8 @@
 
 #include <limits>
 
+// Each conversion is one switch over the kinds. Texts become numbers in NumberText.
+
 namespace {
 
 /// `real` truncated toward zero. Out of range and not a number give the least Int, which is what

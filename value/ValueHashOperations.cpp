@@ -1,5 +1,8 @@
 #include "value/Value.h"
 
+// Hashes merge entry by entry. A stack of the pairs that are still being merged takes the place of
+// recursion.
+
 namespace {
 
 /// A hash that takes in the entries from `next` to `end`.

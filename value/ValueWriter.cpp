@@ -1,8 +1,8 @@
 #include "value/ChildCursor.h"
 #include "value/NumberText.h"
-#include "value/ByteScan.h"
 #include "value/Value.h"
 
+#include <algorithm>
 #include <array>
 #include <ostream>
 
@@ -48,19 +48,21 @@ void JSONStyle::appendString(std::string& text, std::string_view bytes)
 {
     text += '"';
     for (;;) {
-        const std::size_t plain = ByteScan::beforeEscape(bytes);
-        text.append(bytes.data(), plain);
-        if (plain == bytes.size()) {
+        const auto plainEnd = std::find_if(bytes.begin(), bytes.end(), [](char c) {
+            return escapes[static_cast<unsigned char>(c)] != 0;
+        });
+        text.append(bytes.begin(), plainEnd);
+        if (plainEnd == bytes.end()) {
             break;
         }
-        const auto byte = static_cast<unsigned char>(bytes[plain]);
+        const auto byte = static_cast<unsigned char>(*plainEnd);
         text += '\\';
         text += escapes[byte];
         if (escapes[byte] == 'u') { // below 32: the first two of the four digits are zero
             text += byte < 16 ? "000" : "001";
             text += "0123456789abcdef"[byte % 16];
         }
-        bytes.remove_prefix(plain + 1);
+        bytes.remove_prefix(static_cast<std::size_t>(plainEnd - bytes.begin()) + 1);
     }
     text += '"';
 }
@@ -68,7 +70,8 @@ void JSONStyle::appendString(std::string& text, std::string_view bytes)
 template <typename Number>
 void appendNumber(std::string& text, Number number)
 {
-    std::array<char, NumberText::longest> digits; // NOLINT(*-member-init): written before it is read
+    std::array<char, NumberText::longest>
+        digits; // NOLINT(*-member-init): written before it is read
     text.append(digits.data(), NumberText::write(digits.data(), number));
 }
 

@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
                               }}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ValueDepthTest2, MergesAHashIntoAHashAtEveryDepth)
+TEST(ValueDepthTest, MergesAHashIntoAHashAtEveryDepth)
 {
     runOnSmallStack([] {
         Value::Hash target{{"k", nestedHashes(deep, Value::Hash{{"x", 1}, {"y", 2}})}};
