@@ -35,6 +35,7 @@ std::optional<std::vector<Entry>> attempt(std::vector<Entry> (*read)(const std::
 std::vector<Address> addressesOf(const std::vector<Agent>& agents)
 {
     std::vector<Address> addresses;
+    addresses.reserve(agents.size());
     for (const Agent& agent : agents) {
         addresses.push_back(agent.address);
     }
