@@ -46,14 +46,14 @@ def missing(executable, static=None):
 
 
 def unfortified(commands):
-    """Sources of the tool that are compiled without checking calls. The switch is looked
+    """Sources of the programs that are compiled without checking calls. The switch is looked
     for where it is given: it leaves a trace in the executable only where a source has a
     call whose room the compiler knows and whose use it does not."""
     entries = json.loads(pathlib.Path(commands).read_text("utf-8"))
-    tool = [e for e in entries if re.search(r"/(app|snmp|value)/[^/]+\.cpp$", e["file"])]
-    if not tool:
-        return ["no source of the tool"]
-    return [e["file"] for e in tool if "-D_FORTIFY_SOURCE=2" not in e["command"]]
+    own = [e for e in entries if re.search(r"/(app|inventory|snmp|value)/[^/]+\.cpp$", e["file"])]
+    if not own:
+        return ["no source of the programs"]
+    return [e["file"] for e in own if "-D_FORTIFY_SOURCE=2" not in e["command"]]
 
 
 def control(compiler):
