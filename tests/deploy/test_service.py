@@ -28,13 +28,15 @@ BOOT = """
 set -e
 root=$1 written=$2 script=$3
 shift 3
+set -- "$@" --root "$TMPDIR/storage" --runroot "$TMPDIR/run"
 mkdir -p "$TMPDIR/root"
-mount -t overlay overlay -o "lowerdir=$root,upperdir=$written/upper,workdir=$written/work" "$TMPDIR/root"
-"$@" run --detach --name booted --ulimit nofile=1024:1024 --ulimit nproc=1024:1024 --systemd=always \
-    --privileged --network host --rootfs "$TMPDIR/root" /sbin/init >/dev/null
+mount -t overlay -o "lowerdir=$root,upperdir=$written/upper,workdir=$written/work" overlay "$TMPDIR/root"
+"$@" run --detach --name booted --ulimit nofile=1024:1024 --ulimit nproc=1024:1024 \
+    --systemd=always --privileged --network host --rootfs "$TMPDIR/root" /sbin/init >/dev/null
 trap '"$@" rm --force booted >/dev/null' EXIT
 for turn in $(seq 300); do
-    case $("$@" exec booted systemctl is-system-running 2>/dev/null) in running | degraded) break ;; esac
+    state=$("$@" exec booted systemctl is-system-running 2>/dev/null) || true
+    case $state in running | degraded) break ;; esac
     sleep 0.1
 done
 "$@" exec booted mount --make-rshared /
@@ -84,8 +86,6 @@ class Service(shipping.LabTest):
         line = roots.enter_outside_the_lab(cls.root, cls.output, *command, keep=cls.written)
         run(*line, timeout=900)
         cls.podman = ["podman", "--runtime", "runc", "--cgroup-manager", "cgroupfs"]
-        for name in ("root", "runroot"):
-            cls.podman += [f"--{name}", str(cls.written / "podman" / name)]
 
     def test_a_day_of_the_service(self):
         # One test, in the order of an administrator's day.
