@@ -102,12 +102,12 @@ public:
     /// True for a boolean, integer, long, real or string.
     bool is_basic() const noexcept;
     /// Nil is false, a boolean itself. The Ruby rules make all else true. Without them a number is
-    /// true exactly when it is zero, an inversion that callers rely on; a string is true unless
-    /// empty, an array or hash always.
+    /// true exactly when it is zero, deliberately: callers rely on this inversion. A string is true
+    /// unless empty, an array or hash always.
     bool to_b() const;
-    /// A long keeps its low 32 bits. A real is truncated; out of range or not a number, it gives
-    /// the least int. A string gives the decimal number at its start after blanks, saturated, or 0.
-    /// Nil, arrays and hashes give 0.
+    /// A long deliberately keeps just its low 32 bits. A real is truncated; out of range or not a
+    /// number, it gives the least int, as x86 processors do. A string gives the decimal number at
+    /// its start after blanks, saturated, or 0. Nil, arrays and hashes give 0.
     int to_i() const;
     /// As to_i(), with 64 bits.
     long long to_l() const;
@@ -117,10 +117,10 @@ public:
     /// A copy of an array; an array [key, value] for each entry of a hash, in key order; nothing
     /// for nil; else one element, this value.
     Array to_a() const;
-    /// A copy of a hash; empty for every other kind, an array of pairs included.
+    /// A copy of a hash; empty for every other kind, deliberately for an array of pairs too.
     Hash to_h() const;
     /// The text for people: strings bare, `[a, b]`, `{key => value}`, nil as `nil`. Reals in both
-    /// texts have six significant digits, or are inf, -inf or nan.
+    /// texts deliberately have just six significant digits, or are inf, -inf or nan.
     std::string to_s() const;
     /// JSON on one line without blanks. Bytes above 31 stand for themselves: UTF-8 is not checked.
     std::string to_json() const;

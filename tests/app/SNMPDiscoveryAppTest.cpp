@@ -180,6 +180,8 @@ TEST(Shell, StartsWithTheDefaultCommunityAndNoResponders)
     EXPECT_TRUE(application->m_responders.empty());
 }
 
+/// Fields are constructed in this order and destroyed in the reverse one, so that the responders are
+/// gone before the mutex that guards them.
 TEST(Shell, TheFieldsStandInOrder)
 {
     Poco::AutoPtr<TestApp> application(new TestApp);
