@@ -1,4 +1,4 @@
-# What scripts/bundle and scripts/package share; sourced by them in the folder of the sources.
+# What scripts/bundle, scripts/cross and scripts/package share; sourced by them in the folder of the sources.
 # shellcheck shell=bash
 
 # Lists are sorted by their bytes, whoever makes them.
@@ -19,12 +19,8 @@ source_date() {
 
 # The system that this one is, for file names: deb12, ubuntu24.04, fedora41; a moving one by its name.
 system_tag() {
-    if [[ $(uname -s) == Darwin ]]; then
-        printf 'macos%s' "$(sw_vers -productVersion | cut -d. -f1)"
-    else
-        # shellcheck disable=SC1091
-        (. /etc/os-release && printf '%s%s' "${ID/debian/deb}" "${VERSION_ID:-${VERSION_CODENAME-}}")
-    fi
+    # shellcheck disable=SC1091
+    (. /etc/os-release && printf '%s%s' "${ID/debian/deb}" "${VERSION_ID:-${VERSION_CODENAME-}}")
 }
 
 # pack FOLDER ARCHIVE: the folder as .tar.gz. The same input gives the same octets where tar can leave

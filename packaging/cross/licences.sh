@@ -66,4 +66,3 @@ cp "$work/zig/LICENSE" "$licences/zig.txt"
 case "$target" in
     *-musl) cp "$work/zig/lib/libc/musl/COPYRIGHT" "$licences/musl.txt" ;;
 esac
-cp /usr/share/doc/libcli11-dev/copyright "$licences/CLI11.txt"
