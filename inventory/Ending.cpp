@@ -4,7 +4,6 @@
 
 #include <sys/wait.h>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -25,16 +24,6 @@ constexpr int step = 10;                 // milliseconds
 
 std::mutex mutex;
 Ending::Record record;
-std::array<int, 2> wake = {-1, -1}; // pipe
-
-extern "C" void wakeUp(int signal)
-{
-    const int saved = errno;
-    const auto octet = static_cast<unsigned char>(signal);
-    // A full pipe has other signals in it, and one of them ends the process.
-    static_cast<void>(!write(wake[1], &octet, 1));
-    errno = saved;
-}
 
 void removeAll()
 {
@@ -65,13 +54,11 @@ void removeAll()
     _exit(128 + signal);
 }
 
-void waitForSignal()
+void waitForSignal(sigset_t signals)
 {
-    unsigned char signal = 0;
-    while (read(wake[0], &signal, 1) != 1) {
-        if (errno != EINTR) {
-            return;
-        }
+    int signal = 0;
+    while (sigwait(&signals, &signal) != 0) {
+        // Interrupted: some systems report that.
     }
     // Kept for good: from here on nothing new is made.
     mutex.lock();
@@ -83,28 +70,32 @@ void waitForSignal()
 
 void Ending::watch()
 {
-    if (pipe(wake.data()) != 0) {
-        throw Failure("no pipe", errno);
-    }
-    for (const int end : wake) {
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-    }
-    fcntl(wake[1], F_SETFL, O_NONBLOCK);
-    try {
-        std::thread(&waitForSignal).detach();
-    } catch (const std::system_error& error) {
-        throw Failure(std::string("no thread: ") + error.what());
-    }
+    sigset_t signals;
+    sigemptyset(&signals);
     for (const int signal : watched) {
         struct sigaction former = {};
         sigaction(signal, nullptr, &former);
         if (former.sa_handler != SIG_IGN) {
-            struct sigaction action = {};
-            action.sa_handler = &wakeUp;
-            action.sa_flags = SA_RESTART;
-            sigaction(signal, &action, nullptr);
+            sigaddset(&signals, signal);
         }
     }
+    // Every later thread inherits this, so that only sigwait takes the signals.
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    try {
+        std::thread(&waitForSignal, signals).detach();
+    } catch (const std::system_error& error) {
+        throw Failure(std::string("no thread: ") + error.what());
+    }
+}
+
+sigset_t Ending::maskOfChild()
+{
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    for (const int signal : watched) {
+        sigdelset(&mask, signal);
+    }
+    return mask;
 }
 
 void Ending::change(const std::function<void(Record&)>& action)

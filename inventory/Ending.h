@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <csignal>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -27,6 +28,10 @@ public:
 
     /// Begins to take the signals. Once, before any other thread is started. Throws Failure.
     static void watch();
+
+    /// The signal mask for a program that is started: this thread's, without the signals that
+    /// `watch` blocks.
+    static sigset_t maskOfChild();
 
     /// Calls `action` with the record while nobody else has it. It must be brief.
     static void change(const std::function<void(Record&)>& action);

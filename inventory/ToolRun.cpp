@@ -134,14 +134,21 @@ void start(const std::string& path, const Pipe& output)
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, output.writing(), STDOUT_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    const sigset_t mask = Ending::maskOfChild();
+    posix_spawnattr_setsigmask(&attributes, &mask);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
     std::string name = path;
     std::array<char*, 2> arguments = {name.data(), nullptr};
     int reason = 0;
     Ending::change([&](Ending::Record& record) {
         pid_t child = 0;
-        reason = posix_spawn(&child, path.c_str(), &actions, nullptr, arguments.data(), environ);
+        reason =
+            posix_spawn(&child, path.c_str(), &actions, &attributes, arguments.data(), environ);
         record.child = reason == 0 ? child : 0;
     });
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     if (reason != 0) {
         throw Failure(path, reason);
