@@ -10,8 +10,8 @@ import json
 import os
 import pathlib
 import shutil
-import subprocess
 import sys
+import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
@@ -34,6 +34,7 @@ shift 2
 "$@" kube play --network host --log-driver k8s-file "$pod" >&2 || exit 1
 seconds=60
 while [ ! -s "$report" ] && [ "$seconds" -gt 0 ]; do sleep 1; seconds=$((seconds - 1)); done
+timeout 5 "$@" wait try-snmpdiscovery >&2
 "$@" logs try-snmpdiscovery >&2
 "$@" inspect try-snmpdiscovery
 "$@" pod rm --force --time 1 try >&2
@@ -45,7 +46,9 @@ class Pods(shipping.LabTest):
     def setUpClass(cls):
         roots.require_root()
         shipping.require("podman", "runc", "catatonit")
-        cls.folder = shipping.work_folder("pods")
+        # Podman takes no path longer than 50 characters.
+        cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="pods-", dir="/var/tmp"))
+        cls.addClassCleanup(shutil.rmtree, cls.folder, ignore_errors=True)
         # Limits that need no privilege to set.
         (cls.folder / "containers.conf").write_text(
             '[containers]\ndefault_ulimits = ["nofile=1024:1024", "nproc=1024:1024"]\n'
@@ -60,8 +63,8 @@ class Pods(shipping.LabTest):
 
     @classmethod
     def forget(cls):
-        run(*cls.podman, "system", "reset", "--force")
-        shutil.rmtree(cls.folder, ignore_errors=True)
+        for words in (("pod", "rm"), ("rm",), ("rmi",)):
+            run(*cls.podman, *words, "--all", "--force")
 
     @classmethod
     def build_image(cls):
@@ -70,10 +73,10 @@ class Pods(shipping.LabTest):
         said = run(ROOT / "scripts/bundle", "--build", build, "--output", dist)
         bundle = pathlib.Path(said.splitlines()[-1]).name
         base = roots.debian("bookworm")
-        packed = subprocess.Popen(["tar", "-C", base, "-c", "."], stdout=subprocess.PIPE)
-        with packed:
-            words = (*cls.podman, "import", "--quiet", "-", "localhost/base:test")
-            subprocess.run(words, stdin=packed.stdout, check=True, capture_output=True)
+        packed = cls.folder / "base.tar"
+        run("tar", "-C", base, "-cf", packed, ".")
+        run(*cls.podman, "import", "--quiet", packed, "localhost/base:test")
+        packed.unlink()
         # With no network of any kind.
         run(
             *("unshare", "--net", "--", *cls.podman, "build", "--quiet"),
@@ -117,7 +120,7 @@ class Pods(shipping.LabTest):
         (container,) = json.loads(outcome.out)
         self.assertTrue(container["HostConfig"]["ReadonlyRootfs"])
         self.assertEqual(container["Config"]["User"], f"{USER}:{USER}")
-        self.assertEqual(container["EffectiveCaps"], [])
+        self.assertFalse(container["EffectiveCaps"])
         self.assertIn("no-new-privileges", container["HostConfig"]["SecurityOpt"])
         self.assertEqual(container["HostConfig"]["Memory"], 256 * 1024 * 1024)
         return container["State"]
