@@ -87,7 +87,9 @@ public:
     /// A protocol, level or engine ID that is not understood is left out.
     SNMPSession(long version, const SNMPSecurity& security, const std::string& host,
                 bool broadcast);
+    /// Not copied: a session is one handle of Net-SNMP.
     SNMPSession(const SNMPSession&) = delete;
+    /// Not assigned, for the same reason.
     SNMPSession& operator=(const SNMPSession&) = delete;
     /// Closes the session; requests still outstanding end without a callback.
     virtual ~SNMPSession();
@@ -141,10 +143,10 @@ protected:
     /// sent.
     struct RequestContext
     {
-        SNMPSession* session;
-        int reqid;
-        ResponseCallback callback;
-        void* userData;
+        SNMPSession* session;      ///< that asked
+        int reqid;                 ///< identifier of the request
+        ResponseCallback callback; ///< who is told
+        void* userData;            ///< handed to the callback untouched
     };
 
     /// The name given to Initialize; empty means that the library is not set up.

@@ -26,7 +26,9 @@ public:
     /// is sent again after each `resend` microseconds without an answer, at most 20 times.
     SNMPTimedSession(long version, const SNMPSecurity& security, const std::string& host,
                      long resend);
+    /// Not copied, as every session.
     SNMPTimedSession(const SNMPTimedSession&) = delete;
+    /// Not assigned, as every session.
     SNMPTimedSession& operator=(const SNMPTimedSession&) = delete;
     /// Closes the session.
     ~SNMPTimedSession() override;

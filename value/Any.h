@@ -28,10 +28,14 @@ public:
     class Placeholder
     {
     public:
+        /// Owns nothing yet.
         Placeholder() = default;
+        /// Copied by clone() alone.
         Placeholder(const Placeholder&) = delete;
+        /// Never assigned.
         Placeholder& operator=(const Placeholder&) = delete;
 
+        /// Destroys the owned object.
         virtual ~Placeholder() = default;
         /// The type of the owned object.
         virtual const std::type_info& type() const noexcept = 0;
@@ -44,16 +48,21 @@ public:
     class Holder final : public Placeholder
     {
     public:
+        /// Owns a copy of `object`.
         explicit Holder(const T& object) : held(object) {}
+        /// Owns `object`, moved in.
         explicit Holder(T&& object) : held(std::move(object)) {}
+        /// A copy by HolderTraits.
         Holder(const Holder& other) : Placeholder(), held(HolderTraits<T>::copy(other.held)) {}
+        /// Never assigned.
         Holder& operator=(const Holder&) = delete;
+        /// Takes the object apart by HolderTraits.
         ~Holder() override { HolderTraits<T>::dismantle(held); }
 
         const std::type_info& type() const noexcept override { return typeid(T); }
         Placeholder* clone() const override { return new Holder(*this); }
 
-        T held;
+        T held; ///< the object
     };
 
     /// An empty holder.
@@ -69,13 +78,16 @@ public:
     Any(const Any& other) : m_content(other.m_content ? other.m_content->clone() : nullptr) {}
     /// Takes over what `other` holds and leaves `other` empty.
     Any(Any&& other) noexcept = default;
+    /// Destroys the held object.
     ~Any() = default;
 
-    /// As the constructors. The previous content is destroyed after the new one is in place, so
+    /// As the constructor. The previous content is destroyed after the new one is in place, so
     /// that `other` may be a part of it; it stays when a copy fails.
     Any& operator=(const Any& other) { return *this = Any(other); }
+    /// Takes over what `other` holds and leaves `other` empty.
     Any& operator=(Any&& other) noexcept = default;
 
+    /// Whether it holds nothing.
     bool empty() const noexcept { return !m_content; }
 
     /// The type of the held object; `typeid(void)` when empty.
@@ -95,6 +107,7 @@ public:
         }
         return static_cast<const Holder<T>&>(*m_content).held;
     }
+    /// The same, to be changed in place.
     template <typename T>
     T& get()
     {

@@ -18,8 +18,10 @@
 class CharacterSource
 {
 public:
+    /// Reads from `in`, which must outlive it.
     explicit CharacterSource(std::istream& in) noexcept : m_in(in) {}
 
+    /// The stream. Its own functions may be called while there is no Lease.
     std::istream& stream() noexcept { return m_in; }
 
     /// Characters can be read while one of these exists. The outermost takes the position over from
@@ -27,6 +29,7 @@ public:
     class Lease
     {
     public:
+        /// Takes the position over, unless another Lease has it.
         explicit Lease(CharacterSource& source) noexcept
             : m_source(source.m_leased ? nullptr : &source)
         {
@@ -35,8 +38,11 @@ public:
                 m_source->takePosition();
             }
         }
+        /// Not copied: the position is handed back once.
         Lease(const Lease&) = delete;
+        /// Not assigned, for the same reason.
         Lease& operator=(const Lease&) = delete;
+        /// Hands the position back.
         ~Lease()
         {
             if (m_source) {

@@ -27,7 +27,9 @@ public:
     /// Keeps `in`, which must outlive the parser, and sets its exception mask to all three bits.
     /// Throws std::ios_base::failure if `in` is not good, and then the mask stays so.
     explicit JSONParser(std::istream& in);
+    /// Not copied: it changes one stream.
     JSONParser(const JSONParser&) = delete;
+    /// Not assigned, for the same reason.
     JSONParser& operator=(const JSONParser&) = delete;
     /// Puts the mask back. If the read has set a bit that this mask contains, the stream throws in
     /// here, which ends the program: the stream's own mask should be empty, as it is by default.
@@ -44,18 +46,22 @@ public:
     void skipWhitespace();
     /// The next character as a signed char, so that bytes from 128 are negative.
     int peekChar();
+    /// The same, consumed.
     int getChar();
 
     /// A hash. The last of members with the same name counts. A name without colon and value is
     /// dropped: `{"a"}` is empty, `{"a", "b": 1}` has only b.
     Value getObject();
+    /// An array.
     Value getArray();
     /// A string of bytes: raw control characters and malformed UTF-8 are kept. `\u` escapes become
     /// UTF-8, a pair of surrogates one character; a low surrogate alone its own three bytes.
     Value getString();
-    /// These three look no further than the literal's last letter: `truex` leaves `x` unread.
+    /// True. Looks no further than the last letter: `truex` leaves `x` unread.
     Value getTrue();
+    /// False, likewise.
     Value getFalse();
+    /// The nil of `null`, likewise.
     Value getNull();
     /// A long if fraction and exponent are zero, as in 1.0 and 5e0; else a real. Nothing is read
     /// after a leading zero of the integer part: `012` leaves `12` unread. An integer part or an

@@ -16,17 +16,23 @@ class Value;
 // Arrays and hashes nest to any depth. They are copied and destroyed with a stack of bounded size,
 // in time linear in their size. Destruction allocates nothing, so that it cannot fail.
 
+/// Copies an array and takes it apart, at any depth.
 template <>
 struct Dynamic::HolderTraits<std::vector<Value>>
 {
+    /// A deep copy.
     static std::vector<Value> copy(const std::vector<Value>& held);
+    /// Leaves it empty.
     static void dismantle(std::vector<Value>& held) noexcept;
 };
 
+/// Copies a hash and takes it apart, at any depth.
 template <>
 struct Dynamic::HolderTraits<std::map<std::string, Value>>
 {
+    /// A deep copy.
     static std::map<std::string, Value> copy(const std::map<std::string, Value>& held);
+    /// Leaves it empty.
     static void dismantle(std::map<std::string, Value>& held) noexcept;
 };
 
@@ -52,37 +58,51 @@ enum class ValueKind
 class Value
 {
 public:
-    using Array = std::vector<Value>;
+    using Array = std::vector<Value>;          ///< what an array holds
     using Hash = std::map<std::string, Value>; ///< ordered by the bytes of its keys
-    using Kind = ValueKind;
+    using Kind = ValueKind;                    ///< short for the eight kinds
 
     /// Nil, with an empty holder.
     Value() noexcept = default;
     /// Nil, with a holder of a null `void*`; the address is not kept.
     Value(void* nothing);
+    /// The same nil, from a literal.
     Value(std::nullptr_t) : m_holder(static_cast<void*>(nullptr)) {}
+    /// A boolean.
     Value(bool flag) : m_holder(flag) {}
+    /// An integer.
     Value(int number) : m_holder(number) {}
+    /// A long.
     Value(long long number) : m_holder(number) {}
+    /// A real.
     Value(double number) : m_holder(number) {}
+    /// A string of the same bytes.
     Value(const std::string& text) : m_holder(text) {}
+    /// A string that takes the bytes over.
     Value(std::string&& text) : m_holder(std::move(text)) {}
+    /// An array that takes the elements over.
     Value(Array elements);
+    /// A hash of copies.
     Value(const Hash& entries);
+    /// A hash that takes the entries over.
     Value(Hash&& entries);
     /// A string; a null pointer gives the nil with a null `void*`.
     Value(const char* text);
+    /// A string of the same bytes.
     Value(std::string_view text);
     /// A long on every platform, whatever the width of the argument's type.
     Value(long number);
+    /// A long, which holds every such number.
     Value(unsigned number);
     /// A long. A number above the largest long fits no number kind; it becomes the string of its
     /// decimal digits, which keeps it whole.
     Value(unsigned long number);
+    /// As from an unsigned long.
     Value(unsigned long long number);
     /// Other pointers would turn into a nil or a boolean in silence.
     template <typename T, typename = std::enable_if_t<!std::is_same_v<T, char>>>
     Value(T* pointer) = delete;
+    /// Pointers to members, for the same reason.
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
@@ -96,6 +116,7 @@ public:
 
     /// The content, to be read or changed in place: `value.holder().get<Value::Array>()`.
     const Dynamic::Any& holder() const noexcept { return m_holder; }
+    /// The same, to be changed in place.
     Dynamic::Any& holder() noexcept { return m_holder; }
     /// Kind::Nil for both forms of nil.
     Kind kind() const noexcept;
@@ -141,6 +162,7 @@ public:
     /// Chooses to_b()'s rules for the whole process; false at start. Not synchronised: set it
     /// before values are used on several threads.
     static void follow_ruby_boolean_evaluation_rules(bool follow) noexcept;
+    /// What the function above has chosen; read by every to_b().
     static bool s_followRubyBooleanEvaluationRules;
     /// A copy of the value under `key`, even a nil, or of `fallback` when there is no such key.
     static Value lookup(const Hash& hash, const std::string& key, const Value& fallback);
@@ -158,5 +180,7 @@ private:
 };
 
 // Declared here too, so that they are found by their qualified names and have addresses.
+/// Inserts to_s() as a string: see the class.
 std::ostream& operator<<(std::ostream& os, const Value& v);
+/// Extracts a word: see the class.
 std::istream& operator>>(std::istream& in, Value& v);

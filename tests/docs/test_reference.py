@@ -5,11 +5,31 @@ import re
 import shutil
 import sys
 import unittest
+from xml.etree import ElementTree
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
 
 import shipping  # noqa: E402
 from shipping import ROOT, run  # noqa: E402
+
+
+def without_text(folder):
+    """The public and protected members, of a reference as XML, that have no text."""
+    found = []
+    for path in sorted(folder.glob("*.xml")):
+        for compound in ElementTree.parse(path).iter("compounddef"):
+            # Classes that are private members, and what files repeat of namespaces.
+            if compound.get("prot") == "private" or compound.get("kind") == "file":
+                continue
+            for member in compound.iter("memberdef"):
+                texts = [member.find(f"{kind}description") for kind in ("brief", "detailed")]
+                if member.get("prot") != "private" and not any(
+                    "".join(text.itertext()).strip() for text in texts
+                ):
+                    place = member.find("location")
+                    name = member.findtext("name") + (member.findtext("argsstring") or "")
+                    found.append(f"{place.get('file')}:{place.get('line')}: {name}")
+    return found
 
 
 class Reference(unittest.TestCase):
@@ -30,6 +50,38 @@ class Reference(unittest.TestCase):
         ):
             self.assertIn(page, pages)
 
+    def test_every_public_member_has_a_text_of_its_own(self):
+        # Doxygen's own warning passes over members that are deleted or defaulted.
+        folder = shipping.work_folder("reference-texts")
+        run(ROOT / "scripts/reference", folder)
+        self.assertGreater(len(list((folder / "xml").glob("class*.xml"))), 8)
+        self.assertEqual(without_text(folder / "xml"), [])
+
+    def test_the_main_page_leads_to_every_library(self):
+        folder = shipping.work_folder("reference-page")
+        run(ROOT / "scripts/reference", folder)
+        text = (folder / "html/index.html").read_text("utf-8")
+        for page in ("classValue.html", "classUVARNETSNMP_1_1SNMPSession.html"):
+            self.assertIn(f'href="{page}"', text)
+        for words in ("parse_json", "GetNext"):  # of the programs that are shown
+            self.assertIn(words, text)
+
+    def test_a_member_without_a_text_fails(self):
+        copy = self.copy("reference-undocumented")
+        header = copy / "value/Value.h"
+        text = header.read_text("utf-8")
+        header.write_text(text.replace("class Value\n{\npublic:\n",
+                                       "class Value\n{\npublic:\n    void undocumented();\n\n"))
+        self.assertIn("undocumented", run(copy / "scripts/reference", code=1))
+
+    def copy(self, name):
+        """A copy of what the reference is made from."""
+        folder = shipping.work_folder(name)
+        for part in ("snmp", "value", "docs", "scripts"):
+            shutil.copytree(ROOT / part, folder / part)
+        shutil.copy(ROOT / "CMakeLists.txt", folder)
+        return folder
+
     def test_it_covers_the_headers_that_are_installed(self):
         prefix = shipping.work_folder("reference-headers")
         shipping.install(prefix, "development")
@@ -44,10 +96,7 @@ class Reference(unittest.TestCase):
             self.assertIn(pathlib.PurePath(header).name, text)
 
     def test_a_comment_that_makes_no_sense_fails(self):
-        copy = shipping.work_folder("reference-wrong")
-        for name in ("snmp", "value", "docs", "scripts"):
-            shutil.copytree(ROOT / name, copy / name)
-        shutil.copy(ROOT / "CMakeLists.txt", copy)
+        copy = self.copy("reference-wrong")
         header = copy / "value/Any.h"
         text = header.read_text("utf-8")
         text = re.sub("class Any\n", "/// \\\\nosuchcommand\nclass Any\n", text, count=1)
