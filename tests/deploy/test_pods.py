@@ -24,6 +24,7 @@ from shipping import ROOT, run  # noqa: E402
 
 FOLDER = ROOT / "deploy/kubernetes"
 IMAGE = "localhost/snmpdiscovery:test"
+SECONDS = 240  # for a busy machine; podman alone takes some ten
 USER = 65534
 
 # Plays a pod until the report is there or a minute has passed; says how its container was
@@ -88,11 +89,12 @@ class Pods(shipping.LabTest):
     def test_the_image_runs_without_any_privilege(self):
         words = ("run", "--rm", "--pull", "never", "--network", "host", "--read-only")
         words += ("--user", str(USER), "--cap-drop", "all", "--security-opt", "no-new-privileges")
-        outcome = self.in_lab("demo", *self.podman, *words, "--tmpfs", "/tmp", IMAGE)
+        words = (*self.podman, *words, "--tmpfs", "/tmp")
+        outcome = self.in_lab("demo", *words, IMAGE, timeout=SECONDS)
         found = [each["hostname"] for each in json.loads(outcome.out)]
         self.assertEqual(sorted(found), sorted(shipping.DEMO), outcome.err)
-        outcome = self.in_lab("demo", *self.podman, *words, "--tmpfs", "/tmp", "--entrypoint",
-                              "SNMPDiscovery", IMAGE, code=64)
+        words += ("--entrypoint", "SNMPDiscovery", IMAGE)
+        outcome = self.in_lab("demo", *words, code=64, timeout=SECONDS)
         self.assertEqual(outcome.out, shipping.DEMO_DOCUMENT)
 
     def test_the_job_s_pod_leaves_a_report_and_ends(self):
@@ -114,7 +116,7 @@ class Pods(shipping.LabTest):
         manifest.write_text(yaml.safe_dump(self.pod(path, given)), "utf-8")
         report = given / "reports/here.json"
         words = ["sh", "-c", PLAY, "sh", manifest, report, *self.podman]
-        outcome = self.in_lab("demo", *words)
+        outcome = self.in_lab("demo", *words, timeout=SECONDS)
         found = [each["hostname"] for each in json.loads(report.read_text("utf-8"))]
         self.assertEqual(sorted(found), sorted(shipping.DEMO), outcome.err)
         (container,) = json.loads(outcome.out)
