@@ -75,6 +75,19 @@ TEST_F(SNMPSessionWait, AClosedStreamIsLeftAloneUntilTheTimeIsOver)
               Joined({sending, Turn("snmp_sess_read({7})"), {waiting, waiting}}));
 }
 
+// A process whose standard input is closed gets it for its first session.
+TEST_F(SNMPSessionWait, TheFirstDescriptorIsServedToo)
+{
+    m_fake.descriptor = 0;
+
+    EXPECT_TRUE(m_session.Get(m_oid, &Receive, &m_userData, Poco::Timespan(turn)));
+
+    EXPECT_EQ(m_fake.TakeCalls(),
+              Joined({sending,
+                      {"snmp_sess_select_info(0, {}, 0.005000, 0)",
+                       "select(1, {0}, null, null, 0.005000)", "snmp_sess_timeout"}}));
+}
+
 TEST_F(SNMPSessionWait, TheLastDescriptorThatAnOrdinarySetHolds)
 {
     m_fake.descriptor = FD_SETSIZE - 1;
