@@ -115,8 +115,9 @@ public:
     }
 
 private:
-    /// Whether the addresses of the type descriptions show that the content is a Holder<T>. If they
-    /// do not, type() decides: shared libraries can each have a description of the same type.
+    /// Whether the content is a Holder<T>, by the addresses of the type descriptions, which is
+    /// fast. True is reliable. False may be wrong across shared libraries (two type_infos of one
+    /// type), so get() then compares type().
     template <typename T>
     bool isHolder() const noexcept
     {

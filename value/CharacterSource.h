@@ -9,8 +9,9 @@
 
 /// Reads the characters of an input stream, most of them straight from its buffer. It copies the
 /// pointers of the buffer's get area and advances the copy. When the copy is used up, it calls the
-/// stream's own peek() and get(). Before each such call, and at the end of each Lease, the stream
-/// gets its position back. Its state, its exceptions and its position are then those that peek()
+/// stream's own peek() and get(). While leased, the buffer's own position is stale (m_begin); ours
+/// is m_next. Before any call of the stream, and when the lease ends, the difference is written
+/// back by gbump(). The stream's state, its exceptions and its position are then those that peek()
 /// and get() alone would have left; only gcount() differs.
 ///
 /// The stream is not owned. The stream, its buffer and its exception mask of all three bits must
@@ -114,7 +115,7 @@ private:
 
     std::istream& m_in;
     bool m_leased = false;
-    const char* m_begin = nullptr; ///< where the buffer's own position is
-    const char* m_next = nullptr;
+    const char* m_begin = nullptr; ///< the buffer's own position, stale while leased
+    const char* m_next = nullptr;  ///< our position
     const char* m_end = nullptr;
 };

@@ -1,7 +1,8 @@
 #include "value/JSONParser.h"
 
 // The public functions can be called in any order, also by each other, so each of them leases the
-// characters; only the outermost lease has an effect. The private functions rely on it.
+// characters; only the outermost lease has an effect. The private functions rely on it. getToken()
+// leaves it to getValue().
 
 JSONParser::JSONParser(std::istream& in) : m_source(in), m_savedMask(in.exceptions())
 {

@@ -9,15 +9,16 @@
 
 /// Reads one JSON value from a stream and leaves the stream right after it: blanks and text after
 /// the value stay unread. It deliberately accepts more than JSON does; each such rule stands at its
-/// function. No function recurses, so that no depth of nesting exhausts the stack.
+/// function. No function recurses.
 ///
 /// All but getToken() throw on bad input: std::exception for a wrong character,
 /// std::ios_base::failure when the stream ends or fails. What was read until then stays consumed.
-/// The wrong character itself stays unread, with four exceptions, in which it is consumed:
-/// - it stands where a letter of true, false or null should;
-/// - it comes after a backslash and makes no escape;
-/// - it stands where the backslash or the u of a surrogate pair's second half should;
-/// - it is the digit that makes a number too large.
+/// Of the wrong characters themselves, these are consumed:
+/// - one in the place of a letter of true, false or null;
+/// - one after a backslash with which it makes no escape;
+/// - one in the place of the backslash or the u of a surrogate pair's second half;
+/// - the digit that makes a number too large.
+/// All others are left unread.
 ///
 /// One thread at a time may use a parser; it has the stream to itself. The stream's gcount() means
 /// nothing afterwards.
@@ -94,7 +95,7 @@ private:
     char32_t getCodePoint();
     Value getContainer();
     Value getScalar(char first);
-    Value* nextPlace(Nesting& nesting, bool opened);
+    Value* closeAndFindNextPlace(Nesting& nesting, bool opened);
     Value* nextEntry(Value::Hash& hash);
 
     CharacterSource m_source;

@@ -4,7 +4,16 @@
 
 // A stack of the containers that are still open takes the place of recursion. Hashes are built
 // where they will stay, in the value that is returned. The elements of open arrays wait on a second
-// stack and move into their array when it closes, because only then is their number known.
+// stack and move into their array when it closes, because only then is their number known. So
+// [1,[2]] is read, where _ is the place of the next value:
+//
+//     after    open            elements
+//     [        outer           _
+//     1,       outer           1 _
+//     [        outer inner     1 [] _
+//     2        outer inner     1 [] 2
+//     ]        outer           1 [2]
+//     ]                                  (all are in outer)
 
 /// The arrays and hashes that are being read, the innermost last.
 struct JSONParser::Nesting
@@ -59,15 +68,16 @@ Value JSONParser::getContainer()
         } else {
             *place = getScalar(c);
         }
-        place = nextPlace(nesting, opens);
+        place = closeAndFindNextPlace(nesting, opens);
     }
     return root;
 }
 
 /// Reads on to the next value, past commas, names and closing brackets, and returns where that
-/// value goes; null after the closing bracket of the outermost container. `opened` says that the
-/// innermost container has just been entered, so that its first value comes without a comma.
-Value* JSONParser::nextPlace(Nesting& nesting, bool opened)
+/// value goes. Leaves each container whose closing bracket it reads; null after that of the
+/// outermost. `opened` says that the innermost container has just been entered, so that its first
+/// value comes without a comma.
+Value* JSONParser::closeAndFindNextPlace(Nesting& nesting, bool opened)
 {
     while (!nesting.open.empty()) {
         const Nesting::Open innermost = nesting.open.back();

@@ -106,8 +106,9 @@ public:
     template <typename Member, typename Class>
     Value(Member Class::*pointer) = delete;
     /// The value of what `holder` holds. A type outside the eight gives Kind::Other: its texts are
-    /// empty, its conversions zero, an empty container, and false but by the Ruby rules. A
-    /// template, so that only holders are taken: every type converts to one.
+    /// empty, its conversions zero, an empty container, and false but by the Ruby rules.
+    /// Not simply `Value(const Any&)`: Any converts from every type, so that would accept
+    /// everything.
     template <typename Holder,
               std::enable_if_t<std::is_same_v<std::decay_t<Holder>, Dynamic::Any>, int> = 0>
     explicit Value(Holder&& holder) noexcept(std::is_nothrow_constructible_v<Dynamic::Any, Holder>)

@@ -162,6 +162,13 @@ Value* destroyLeaves(Value& tree) noexcept
     return nullptr;
 }
 
+/// `parent` is the parent of `tree`; the slot that `tree` came from holds the parent of `parent`.
+/// In
+/// [[[1]]] with the arrays A, B and C, from the outermost to the innermost:
+///
+///     tree = A    parent = empty
+///     tree = B    parent = A, whose slot of B holds the empty value
+///     tree = C    parent = B, whose slot of C holds A
 void destroyTree(Value tree) noexcept
 {
     Value parent;
