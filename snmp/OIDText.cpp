@@ -1,5 +1,6 @@
 // An OID, and the values that it names, as text. Net-SNMP prints by process-wide settings. Whoever
-// changes one holds s_mutex from the change until the setting is restored.
+// changes one holds s_mutex until the setting is restored, or until printing has failed: a failed
+// toValue() restores nothing (see OID.h).
 
 #include "snmp/OID.h"
 

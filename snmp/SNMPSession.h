@@ -32,7 +32,8 @@ using ResponseCallback = void (*)(SNMPSession& session, void* userData, snmp_pdu
 ///
 /// A session has one state from its construction on: uninitialised (library not set up, or no
 /// host), not open (Net-SNMP refused it) or open. Only an open session sends; the requests of the
-/// others fail. Nothing here prints. Only the constructors throw, when memory is exhausted.
+/// others fail. Nothing here prints. Only what copies texts throws, and only std::bad_alloc: the
+/// constructors, InitializeSession, Initialize, InitializeMIBS and snmpstring.
 ///
 /// Threads: Initialize and Terminate run on one thread while there is no session. A session belongs
 /// to the thread that made it. Several threads may have sessions at once; a lock of the library
@@ -77,8 +78,8 @@ public:
     /// version is SNMP_VERSION_1, _2c or _3 and is not checked. The community, which comes before
     /// the host, ends at its first NUL. With broadcast, host may be a broadcast address.
     ///
-    /// Net-SNMP sends a request again after 3 and after 6 seconds without an answer; after 9 it
-    /// gives up. The asynchronous Get has a time-out of its own beside this.
+    /// Net-SNMP resends a request after 3 and after 6 seconds without an answer; after 9 it gives
+    /// up. The asynchronous Get has a time-out of its own beside this.
     SNMPSession(long version, const std::string& community, const std::string& host,
                 bool broadcast);
     /// As above, broadcasting to one fixed private subnet.
@@ -104,9 +105,7 @@ public:
     snmp_pdu* Get(const OID& oid);
     /// As above, with a GETNEXT.
     snmp_pdu* GetNext(const OID& oid);
-    /// As above, but sends a GETBULK only if snmp_pdu_create presets non-repeaters to 0 and the
-    /// session does not speak SNMPv1; otherwise a GETNEXT. Net-SNMP presets -1, so it is always a
-    /// GETNEXT. That is deliberate and stays so.
+    /// As GetNext. Always sends a GETNEXT, deliberately (Net-SNMP presets non-repeaters to -1).
     snmp_pdu* GetBulk(const OID& oid);
 
     /// Sends one GET for oid, then gathers responses: blocks until timeout has passed, however

@@ -10,9 +10,10 @@ namespace UVARNETSNMP {
 
 namespace {
 
-constexpr long timeoutMicroseconds =
-    3000000; // retry interval; SNMPSession::Get has its own time-out
-constexpr int retries = 2;
+/// Net-SNMP calls the interval between resends the session's timeout. It is not the time-out of the
+/// asynchronous SNMPSession::Get.
+constexpr long resendInterval = 3000000; // microseconds
+constexpr int resends = 2;
 
 /// RFC 3411, SnmpEngineID: OCTET STRING (SIZE(5..32)).
 constexpr size_t shortestEngineID = 5;
@@ -94,8 +95,8 @@ void Fill(netsnmp_session& session, const SNMPSecurity& security, long version, 
     snmp_sess_init(&session);
     session.version = version;
     session.peername = peerName;
-    session.timeout = timeoutMicroseconds;
-    session.retries = retries;
+    session.timeout = resendInterval;
+    session.retries = resends;
     security.LookupDuplicate("community", &session.community, &session.community_len);
 
     SetAuthProtocol(session, authProtocol);

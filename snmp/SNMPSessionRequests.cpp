@@ -42,6 +42,8 @@ snmp_pdu* SNMPSession::GetNext(const OID& oid)
     return Request(SNMP_MSG_GETNEXT, oid);
 }
 
+/// Would send a GETBULK if snmp_pdu_create preset non-repeaters to 0 and the session did not speak
+/// SNMPv1. Net-SNMP presets -1, its default error-status, in every PDU.
 snmp_pdu* SNMPSession::GetBulk(const OID& oid)
 {
     if (!m_initialized || m_sessionPtr == nullptr) {

@@ -50,7 +50,8 @@ private:
     std::unique_lock<std::mutex> m_lock;
 };
 
-// The temporary Turn lives until the other constructor has ended, and so covers the opening.
+// The temporary Turn lives until the other constructor has ended. That one does not use its
+// parameter, which exists only for its lifetime: it holds the lock while the base class opens.
 SNMPTimedSession::SNMPTimedSession(long version, const SNMPSecurity& security,
                                    const std::string& host, long resend)
     : SNMPTimedSession(version, security, host, resend, Turn(version))

@@ -18,8 +18,9 @@ namespace {
 /// octets and an interface index of 4. Built with IPv6 the record is larger (60 octets on Linux).
 constexpr std::size_t ipv4AddressPairSize = 36;
 
-/// The address-pair record, or null if the PDU has none. The size of the transport data determines
-/// whether they are the record itself; otherwise they are the transport, whose data is the record.
+/// The address-pair record, or null if the PDU has none. The length of the transport data tells
+/// what they are. 36 (built without IPv6) or sizeof here: the record. Any other: a
+/// netsnmp_transport, whose `data` is the record.
 const void* AddressPair(const snmp_pdu& pdu) noexcept
 {
     const auto length = static_cast<std::size_t>(pdu.transport_data_length);
