@@ -62,7 +62,7 @@ Value document(const std::set<std::string>& responders)
 int SNMPDiscoveryApp::main(const std::vector<std::string>& /*args*/)
 {
     // Read even when only the help was shown: so a value that POCO cannot expand (one that refers
-    // to itself) ends with 70 whatever the command line says.
+    // to itself) ends with 70, after the help too.
     m_community = config().getString("Community", "public");
     if (m_helpRequested) {
         return EXIT_USAGE;

@@ -19,7 +19,7 @@ void SNMPDiscoveryApp::init(int argc, char** argv)
     try {
         Application::init(argc, argv);
     } catch (...) {
-        // Any mistake in the command line shows the help.
+        // Whatever is wrong with an option shows the help. Other arguments throw nothing.
         m_helpRequested = true;
         displayHelp();
     }

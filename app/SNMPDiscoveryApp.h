@@ -28,10 +28,10 @@ public:
     SNMPDiscoveryApp& operator=(const SNMPDiscoveryApp&) = delete;
 
     /// Processes the command line. Hides the framework's function of this name on purpose: a wrong
-    /// command line throws nothing. It prints the help to standard output and makes `main` return
-    /// at once, so that the process ends with EXIT_USAGE as after every run. Showing the help can
-    /// still throw: a `Poco::Exception` if POCO cannot determine the command's name, as without
-    /// PATH in the environment.
+    /// option throws nothing. It prints the help to standard output and makes `main` return at
+    /// once, so that the process ends with EXIT_USAGE as after a document. Arguments that are not
+    /// options are ignored. Showing the help can still throw: a `Poco::Exception` if POCO cannot
+    /// determine the command's name, as without PATH in the environment.
     void init(int argc, char** argv);
 
     /// Writes the help text to standard output.
@@ -69,10 +69,12 @@ protected:
 
     /// One whole discovery run; blocks for about seven seconds and writes the document to standard
     /// output, unless the help was shown. `args` are not used.
-    /// Returns EXIT_USAGE (64) on every path, also after a successful discovery: the document on
-    /// standard output, not the exit code, tells callers that the run succeeded.
-    /// A `Poco::Exception` passes through. Then nothing has been written, all workers are joined,
-    /// and Net-SNMP stays set up.
+    /// Returns EXIT_USAGE (64) whenever it returns, also after a successful discovery: the document
+    /// on standard output, not the exit code, tells callers that the run succeeded.
+    /// A `Poco::Exception` passes through, and the framework ends the process with EXIT_SOFTWARE
+    /// (70). Then no document has been written, all workers are joined, and Net-SNMP stays set up.
+    /// This can happen after the help too, because the community is read first and POCO may fail to
+    /// expand it.
     int main(const std::vector<std::string>& args) override;
 
     Poco::Mutex m_mutex;                ///< guards `m_responders` while workers run

@@ -139,6 +139,21 @@ TEST(Shell, TheConfigurationFileIsReadEvenWhenTheHelpIsShown)
     EXPECT_EQ(application->m_community, "private");
 }
 
+TEST(Shell, TheHelpEndsWith70IfTheCommunityRefersToItself)
+{
+    const FakeNetwork network;
+    const CapturedOutput output;
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    application->initWith({"-c", "${Community}", "-h"});
+    EXPECT_THAT(output.text(), StartsWith("usage: SNMPDiscovery OPTIONS\n"));
+    const std::string help = output.text();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(application->run(), 70);
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(output.text(), help);
+    EXPECT_TRUE(network.calls().empty());
+}
+
 /// Throws an int while the options are defined.
 class FailingSubsystem : public Poco::Util::Subsystem
 {
@@ -180,8 +195,8 @@ TEST(Shell, StartsWithTheDefaultCommunityAndNoResponders)
     EXPECT_TRUE(application->m_responders.empty());
 }
 
-/// Fields are constructed in this order and destroyed in the reverse one, so that the responders are
-/// gone before the mutex that guards them.
+/// Fields are constructed in this order and destroyed in the reverse one, so that the responders
+/// are gone before the mutex that guards them.
 TEST(Shell, TheFieldsStandInOrder)
 {
     Poco::AutoPtr<TestApp> application(new TestApp);
