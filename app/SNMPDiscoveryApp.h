@@ -72,9 +72,9 @@ protected:
     /// Returns EXIT_USAGE (64) whenever it returns, also after a successful discovery: the document
     /// on standard output, not the exit code, tells callers that the run succeeded.
     /// A `Poco::Exception` passes through, and the framework ends the process with EXIT_SOFTWARE
-    /// (70). Then no document has been written, all workers are joined, and Net-SNMP stays set up.
-    /// This can happen after the help too, because the community is read first and POCO may fail to
-    /// expand it.
+    /// (70). Then no document has been written, all workers are joined, and Net-SNMP stays set up
+    /// if it was. This can happen after the help too, because the community is read even then, and
+    /// POCO cannot expand one that refers to itself.
     int main(const std::vector<std::string>& args) override;
 
     Poco::Mutex m_mutex;                ///< guards `m_responders` while workers run
