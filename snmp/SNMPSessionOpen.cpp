@@ -22,7 +22,8 @@ constexpr size_t longestEngineID = 32;
 /// Derives a user's master key (RFC 3414, A.2) from a pass phrase; an empty one leaves the key
 /// unset. The outcome is not examined, on purpose: a derivation that fails (a pass phrase under
 /// eight characters, no authentication protocol) leaves `keyCapacity` zeros as the key, and the
-/// session is opened and used with it. SNMPSecurity.h warns the caller.
+/// session is opened and used with it. SNMPSecurity.h warns the caller. Callers pass the capacity
+/// that Net-SNMP's headers give its keys: 32 octets, or 64 in releases that know SHA-512.
 void DeriveKey(const netsnmp_session& session, const ByteString& passPhrase, unsigned char* key,
                size_t* keyLength, size_t keyCapacity)
 {

@@ -311,6 +311,20 @@ TEST(Configuration, AFolderWithTheNameOfAFileEndsTheRunWith78)
     }
 }
 
+/// The help has been shown by then.
+TEST(Configuration, AFolderWithTheNameOfAFileDoesSoAfterTheHelpToo)
+{
+    const TemporaryDirectory folder;
+    std::filesystem::create_directory(folder.path() / "SNMPDiscovery.properties");
+    Poco::AutoPtr<TestApp> application(new TestApp);
+    testing::internal::CaptureStdout();
+    application->initWith({"-h"}, folder.path().string() + "/SNMPDiscovery");
+    EXPECT_NE(testing::internal::GetCapturedStdout(), "");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(application->run(), 78);
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(Configuration, TheCommandLineWinsOverAFile)
 {
     const TemporaryDirectory folder;

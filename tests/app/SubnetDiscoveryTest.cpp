@@ -21,6 +21,9 @@ using UVARNETSNMP::SNMPSession;
 namespace {
 
 static_assert(std::is_nothrow_destructible_v<Worker>);
+static_assert(std::is_convertible_v<Worker*, Poco::Runnable*>);
+static_assert(!std::is_copy_constructible_v<Worker> && !std::is_copy_assignable_v<Worker>);
+static_assert(!std::is_move_constructible_v<Worker> && !std::is_move_assignable_v<Worker>);
 
 /// The calls of one worker from its start to its end.
 const std::vector<std::string> asOneProbe = {"parse sysUpTime.0", "open", "close"};

@@ -65,6 +65,8 @@ std::set<std::string> failEachInTurn(const std::function<void()>& road)
         const FaultPoints points(due);
         try {
             road();
+            EXPECT_NE(FaultPoints::failed().substr(0, 12), "operator new")
+                << "the exception was kept inside";
         } catch (const std::bad_alloc&) {
             EXPECT_EQ(FaultPoints::failed().substr(0, 12), "operator new");
         }

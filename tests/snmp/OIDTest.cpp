@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <type_traits>
@@ -34,6 +36,20 @@ OID trimmedToNothing(std::size_t capacity)
     id.dup(&one, 1, capacity);
     EXPECT_TRUE(id.trim(id, 0));
     return id;
+}
+
+/// Programs that were compiled with the header find the fields by their places, so the order is
+/// part of the interface.
+TEST(OIDFields, StandInOrder)
+{
+    static_assert(sizeof(OID) == 3 * sizeof(std::size_t) && sizeof(oid*) == sizeof(std::size_t));
+    const OID id = makeOID({1, 3, 6}, 10);
+    std::array<std::size_t, 3> fields = {};
+    std::memcpy(fields.data(), static_cast<const void*>(&id), sizeof id);
+    const oid* const array = id.oidptr();
+    EXPECT_EQ(std::memcmp(fields.data(), &array, sizeof array), 0);
+    EXPECT_EQ(fields[1], 3U);
+    EXPECT_EQ(fields[2], 10U);
 }
 
 TEST(OIDConstructor, DefaultIsEmpty)

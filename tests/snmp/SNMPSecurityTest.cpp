@@ -125,6 +125,7 @@ TEST(SNMPSecurityCopy, IsIndependentOfItsOriginal)
     EXPECT_EQ(assigned.Lookup("community"), withNul);
     EXPECT_TRUE(assigned.Lookup("other").empty());
     static_assert(!std::is_polymorphic_v<SNMPSecurity>);
+    static_assert(sizeof(SNMPSecurity) == sizeof(std::map<std::string, ByteString>));
 }
 
 TEST(SNMPSecurityLookup, ComparesKeysWithCase)

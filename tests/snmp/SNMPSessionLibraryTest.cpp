@@ -45,6 +45,12 @@ protected:
     FakeNetSNMP m_fake;
 };
 
+/// Without the fixture, which sets the name: each test is a process of its own under ctest.
+TEST(SNMPSessionName, IsEmptyAtProgramStart)
+{
+    EXPECT_EQ(OpenBook::m_SNMPName, "");
+}
+
 TEST_F(SNMPSessionLibrary, InitializeSetsNetSNMPUpInOrder)
 {
     EXPECT_TRUE(SNMPSession::Initialize("Discovery", "/persistent", "/mibs", "Printer-MIB"));

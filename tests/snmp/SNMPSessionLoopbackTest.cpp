@@ -159,7 +159,7 @@ TEST_F(SNMPSessionLoopback, AnyPDUWithTheRequestIDReachesTheCallback)
     EXPECT_EQ(m_gathered.responses[2]->errstat, SNMP_ERR_GENERR);
 }
 
-TEST_F(SNMPSessionLoopback, SessionsOfSeveralThreads)
+TEST_F(SNMPSessionLoopback, SessionsOfSeveralThreadsCallBackOnTheirOwn)
 {
     std::vector<std::thread> threads;
     std::vector<Gathered> gathered(4);
@@ -169,6 +169,7 @@ TEST_F(SNMPSessionLoopback, SessionsOfSeveralThreads)
             LoopbackAgent agent(&Answer);
             Session session(SNMP_VERSION_1, "public", agent.Host(), true);
             session.Get(m_oid, &Gather, &own, shortGathering);
+            EXPECT_EQ(own.thread, std::this_thread::get_id());
         });
     }
     for (std::thread& thread : threads) {

@@ -61,6 +61,7 @@ void Gather(SNMPSession& session, void* userData, snmp_pdu* response)
 {
     auto* const gathered = static_cast<Gathered*>(userData);
     gathered->session = &session;
+    gathered->thread = std::this_thread::get_id();
     gathered->responses.push_back(response);
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 // Shared by the tests with the real Net-SNMP. The program sets Net-SNMP up once, without MIB
@@ -35,6 +36,7 @@ struct Gathered
     std::vector<long> Ticks() const;
 
     UVARNETSNMP::SNMPSession* session = nullptr;
+    std::thread::id thread; ///< that called back last
     std::vector<snmp_pdu*> responses;
 };
 
