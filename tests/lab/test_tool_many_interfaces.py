@@ -77,6 +77,10 @@ class ManyInterfaces(ToolTest):
     def test_300_with_much_too_low_a_limit(self):
         # The subnets that sockets could be opened for are probed all the same. The workers
         # of the second pass find none left and end at once.
+        if b"__ubsan_handle" in self.tool.read_bytes():
+            # It asks through a pipe whether an object lies in memory, and takes one for
+            # broken when no descriptor is left.
+            harness.skip("UndefinedBehaviorSanitizer needs descriptors of its own")
         outcome = self.run_tool(300, limit=100, least=5.0)
         found = set(outcome.out.decode().split('"')[3::4])
         self.assertLessEqual(found, set(addresses(300)))
