@@ -70,8 +70,8 @@ void JSONStyle::appendString(std::string& text, std::string_view bytes)
 template <typename Number>
 void appendNumber(std::string& text, Number number)
 {
-    std::array<char, NumberText::longest>
-        digits; // NOLINT(*-member-init): written before it is read
+    // NOLINTNEXTLINE(*-member-init): written before it is read
+    std::array<char, NumberText::longest> digits;
     text.append(digits.data(), NumberText::write(digits.data(), number));
 }
 
