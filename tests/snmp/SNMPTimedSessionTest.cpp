@@ -10,7 +10,9 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace {
 
@@ -194,11 +196,28 @@ TEST_F(SNMPTimedSessionTest, ASilentEngineOfSNMPv3CostsTheTimeThatItWasGiven)
 
 TEST_F(SNMPTimedSessionTest, WhatIsNoAddressIsNeverAsked)
 {
-    SNMPTimedSession name(SNMP_VERSION_1, publicCommunity, "localhost", 1000000);
+    LoopbackAgent agent(&Answer);
+    const std::string port = agent.Host().substr(agent.Host().rfind(':'));
+    SNMPTimedSession name(SNMP_VERSION_1, publicCommunity, "localhost" + port, 1000000);
     SNMPTimedSession empty(SNMP_VERSION_1, publicCommunity, "", 1000000);
 
-    EXPECT_EQ(ask(name, 1s), -1);
-    EXPECT_EQ(ask(empty, 1s), -1);
+    EXPECT_EQ(ask(name, 100ms), -1);
+    EXPECT_EQ(ask(empty, 100ms), -1);
+
+    EXPECT_EQ(agent.Stop().size(), 0U);
+}
+
+TEST_F(SNMPTimedSessionTest, ARequestThatCannotBeSentEndsAtOnce)
+{
+    LoopbackAgent agent(&Answer);
+    SNMPTimedSession session(SNMP_VERSION_1, publicCommunity, agent.Host(), 1000000);
+    const std::vector<OID> moreThanADatagramHolds(10000, m_oid);
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_EQ(session.Ask(SNMP_MSG_GETNEXT, moreThanADatagramHolds, in(60s)), nullptr);
+
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
+    EXPECT_EQ(agent.Stop().size(), 0U);
 }
 
 } // namespace
