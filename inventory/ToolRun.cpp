@@ -24,6 +24,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 extern char** environ; // POSIX leaves the declaration to the program
 
@@ -138,7 +139,12 @@ void start(const std::string& path, const Pipe& output)
     posix_spawnattr_init(&attributes);
     const sigset_t mask = Ending::maskOfChild();
     posix_spawnattr_setsigmask(&attributes, &mask);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    // Ignored signals stay so over exec, and this program ignores SIGPIPE.
+    sigset_t standard;
+    sigemptyset(&standard);
+    sigaddset(&standard, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &standard);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     std::string name = path;
     std::array<char*, 2> arguments = {name.data(), nullptr};
     int reason = 0;
@@ -155,17 +161,25 @@ void start(const std::string& path, const Pipe& output)
     }
 }
 
-/// Its status, once the child has ended.
+/// Its status, once the child has ended. Throws Failure when somebody else was told of its end.
 std::optional<int> statusOfChild()
 {
     std::optional<int> ended;
-    Ending::change([&ended](Ending::Record& record) {
+    int reason = 0;
+    Ending::change([&ended, &reason](Ending::Record& record) {
         int status = 0;
-        if (waitpid(record.child, &status, WNOHANG) == record.child) {
+        const pid_t waited = waitpid(record.child, &status, WNOHANG);
+        if (waited == record.child) {
             ended = status;
-            record.child = 0;
+        }
+        if (waited != 0) {
+            reason = waited < 0 ? errno : 0;
+            record.child = 0; // the number may be another process's by now
         }
     });
+    if (reason != 0) {
+        throw Failure("the tool's end", reason);
+    }
     return ended;
 }
 
@@ -231,13 +245,23 @@ void ToolRun::configure(const std::string& community, const PrivateFolder& folde
     }
     const fs::path own = folder.path();
     fs::create_symlink(executable, own / toolName, error);
-    if (!error && fs::is_directory(mibs(), error)) {
+    std::error_code absent; // a missing folder is one
+    if (!error && fs::is_directory(mibs(), absent)) {
         fs::create_directory_symlink(mibs(), own / "mibs", error);
     }
     if (error) {
         throw Failure(own.string() + ": " + error.message());
     }
-    writePrivate(own / (std::string(toolName) + ".properties"), communityProperties(community));
+    // POCO reads a file of each of these types, from the nearest folder at or above the
+    // executable's that has one, and above this one is a folder that everybody can write to.
+    const std::array<std::pair<const char*, std::string>, 4> files = {
+        {{".properties", communityProperties(community)},
+         {".ini", "\n"},
+         {".json", "{}\n"},
+         {".xml", "<config/>\n"}}};
+    for (const auto& [type, content] : files) {
+        writePrivate(own / (std::string(toolName) + type), content);
+    }
     m_start = (own / toolName).string();
 }
 

@@ -18,16 +18,18 @@ public:
     explicit ToolRun(const std::optional<std::string>& choice);
 
     /// Makes the tool use `community` without an argument: it is started through a link in
-    /// `folder`, where it finds a properties file, and a link to its MIB modules. Does nothing for
-    /// "public". Throws Failure when the tool is a script, such as the launcher of a package: that
-    /// would start the executable by another path.
+    /// `folder`, where it finds a properties file, an empty file of each other type of
+    /// configuration (so that it looks for none in the folders above), and a link to its MIB
+    /// modules. Does nothing for "public". Throws Failure when the tool is a script, such as the
+    /// launcher of a package: that would start the executable by another path.
     void configure(const std::string& community, const PrivateFolder& folder);
 
     /// Starts the tool and gives what it writes to standard output. Its standard error is this
     /// process's. Calls `progress` about every 20 ms on the calling thread.
     ///
     /// Throws Failure when it cannot be started, does not end by itself within `time`, which ends
-    /// it, or writes more than a document may have. Its exit code does not count.
+    /// it, when SIGCHLD is ignored, so that its end is not told, or writes more than a document may
+    /// have. Its exit code does not count.
     std::string document(std::chrono::milliseconds time, const std::function<void()>& progress);
 
     /// The folder of MIB modules beside the executable, whether it is there or not.

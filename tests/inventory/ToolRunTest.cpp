@@ -5,11 +5,13 @@
 #include "inventory/Failure.h"
 #include "tests/support/Guards.h"
 
+#include <Poco/Util/Application.h>
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -193,6 +195,68 @@ TEST_F(ToolRunTest, AnotherCommunityComesInAPrivateFolder)
         EXPECT_NE(tool.document(20s, [] {}), "") << "it is started";
     }
     EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(ToolRunTest, NoConfigurationIsLookedForInTheFoldersAbove)
+{
+    // Everybody can write to the folder for temporary files, and POCO takes each type of file from
+    // the nearest folder that has it.
+    const TestSupport::EnvironmentGuard guard("TMPDIR", folder().string());
+    const std::string hostile = "Community = hostile\n";
+    for (const char* const type : {"properties", "ini"}) {
+        std::ofstream(folder() / (std::string("SNMPDiscovery.") + type)) << hostile;
+    }
+    std::ofstream(folder() / "SNMPDiscovery.json") << R"({"Community":"hostile"})";
+    std::ofstream(folder() / "SNMPDiscovery.xml") << "<c><Community>hostile</Community></c>";
+    fs::copy_file("/bin/ls", folder() / "real");
+    const PrivateFolder own;
+    ToolRun((folder() / "real").string()).configure("secret", own);
+
+    /// Looks for its configuration as the tool does.
+    class Probe : public Poco::Util::Application
+    {
+    public:
+        explicit Probe(const std::string& path)
+        {
+            setUnixOptions(true);
+            init({path});
+            m_files = loadConfiguration();
+        }
+        int m_files = 0;
+    };
+    Probe probe(own.path() + "/SNMPDiscovery");
+    EXPECT_EQ(probe.config().getString("Community"), "secret");
+    EXPECT_GE(probe.m_files, 3) << "the files must be valid";
+    for (const char* const type : {"properties", "ini", "json", "xml"}) {
+        const fs::path file = fs::path(own.path()) / (std::string("SNMPDiscovery.") + type);
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    }
+}
+
+TEST_F(ToolRunTest, AToolWithoutMIBModulesBesideIt)
+{
+    fs::copy_file("/bin/ls", folder() / "real");
+    const PrivateFolder own;
+    ToolRun tool((folder() / "real").string());
+    tool.configure("secret", own);
+    EXPECT_FALSE(fs::exists(fs::path(own.path()) / "mibs"));
+    EXPECT_NE(tool.document(20s, [] {}), "");
+}
+
+TEST_F(ToolRunTest, AnEndThatIsNotToldIsNotWaitedFor)
+{
+    auto* const former = std::signal(SIGCHLD, SIG_IGN);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_NE(failure("printf '[]'").find("the tool's end"), std::string::npos);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+    std::signal(SIGCHLD, former);
+}
+
+TEST_F(ToolRunTest, TheToolHasTheDefaultActionForSIGPIPE)
+{
+    auto* const former = std::signal(SIGPIPE, SIG_IGN);
+    EXPECT_NE(failure("kill -PIPE $$; sleep 1").find("signal 13"), std::string::npos);
+    std::signal(SIGPIPE, former);
 }
 
 TEST_F(ToolRunTest, ProgressIsCalledMeanwhile)
