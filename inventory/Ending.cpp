@@ -1,6 +1,7 @@
 #include "inventory/Ending.h"
 
 #include "inventory/Failure.h"
+#include "inventory/Terminal.h"
 
 #include <sys/wait.h>
 
@@ -18,15 +19,26 @@ namespace inventory {
 
 namespace {
 
-constexpr std::array<int, 2> watched = {SIGTERM, SIGINT};
+constexpr std::array<int, 4> watched = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
 constexpr long patienceWithChild = 1000; // milliseconds
 constexpr int step = 10;                 // milliseconds
 
-std::mutex mutex;
-Ending::Record record;
+struct State
+{
+    std::mutex mutex;
+    Ending::Record record;
+};
+
+/// Never destroyed: the thread that takes the signals may use it while the process exits.
+State& state()
+{
+    static State* const only = new State;
+    return *only;
+}
 
 void removeAll()
 {
+    Ending::Record& record = state().record;
     Ending::endChild(record, patienceWithChild);
     std::error_code ignored;
     if (!record.file.empty()) {
@@ -37,7 +49,7 @@ void removeAll()
         std::filesystem::remove_all(record.folder, ignored);
     }
     if (record.progress) {
-        static_cast<void>(!write(STDERR_FILENO, "\r\x1b[K", 4));
+        writeIfReady(clearLine);
     }
 }
 
@@ -61,7 +73,7 @@ void waitForSignal(sigset_t signals)
         // Interrupted: some systems report that.
     }
     // Kept for good: from here on nothing new is made.
-    mutex.lock();
+    state().mutex.lock();
     removeAll();
     endBySignal(signal);
 }
@@ -100,8 +112,8 @@ sigset_t Ending::maskOfChild()
 
 void Ending::change(const std::function<void(Record&)>& action)
 {
-    const std::lock_guard<std::mutex> lock(mutex);
-    action(record);
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    action(state().record);
 }
 
 void Ending::endChild(Record& ending, long patience)

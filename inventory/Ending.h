@@ -10,8 +10,9 @@
 namespace inventory {
 
 /// What must not outlive the process: the child, the private folder, a temporary file. After
-/// SIGTERM or SIGINT, in whatever phase, a thread of its own ends and removes them, and then the
-/// process by the same signal. A signal that was ignored when the process started stays ignored.
+/// SIGTERM, SIGINT, SIGHUP or SIGQUIT, in whatever phase, a thread of its own ends and removes
+/// them, and then the process by the same signal. A signal that was ignored when the process
+/// started stays ignored, as nohup(1) has it.
 ///
 /// Whoever makes such a thing makes it inside `change`, and so does whoever removes it, so that the
 /// record is right at every moment. Any thread.

@@ -1,18 +1,11 @@
 #include "inventory/Progress.h"
 
 #include "inventory/Ending.h"
+#include "inventory/Terminal.h"
 
 #include <unistd.h>
 
-#include <iostream>
-
 namespace inventory {
-
-namespace {
-
-constexpr const char* clearLine = "\r\x1b[K"; // ECMA-48, EL
-
-} // namespace
 
 Progress::Progress(bool wanted) : m_shown(wanted && isatty(STDERR_FILENO) == 1) {}
 
@@ -21,10 +14,11 @@ void Progress::show(const std::string& text)
     if (!m_shown || text == m_text) {
         return;
     }
-    m_text = text;
-    Ending::change([&text](Ending::Record& record) {
-        record.progress = true;
-        std::cerr << clearLine << text << std::flush;
+    Ending::change([this, &text](Ending::Record& record) {
+        if (writeIfReady(clearLine + text)) {
+            record.progress = true;
+            m_text = text;
+        }
     });
 }
 
@@ -35,7 +29,7 @@ void Progress::clear()
     }
     m_text.clear();
     Ending::change([](Ending::Record& record) {
-        std::cerr << clearLine << std::flush;
+        writeIfReady(clearLine);
         record.progress = false;
     });
 }

@@ -5,7 +5,8 @@
 namespace inventory {
 
 /// One line on standard error, shown again and again in place, and gone at the end. Nothing is
-/// written unless standard error is a terminal and progress is wanted. One thread.
+/// written unless standard error is a terminal and progress is wanted, nor while the terminal takes
+/// nothing (Ctrl-S), when waiting for it would keep a signal from ending the process. One thread.
 class Progress
 {
 public:
