@@ -23,7 +23,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 
@@ -172,8 +171,6 @@ void write(const std::string& report, const std::optional<OutputFile>& output)
         output->replace(report);
         return;
     }
-    // A reader that has gone is a failed write, not the end of the process.
-    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     if (std::fwrite(report.data(), 1, report.size(), stdout) != report.size() ||
         std::fflush(stdout) != 0) {
         throw Failure("standard output", errno);

@@ -105,6 +105,16 @@ class Discovering(InventoryTest):
         self.assertGreaterEqual(len(sent), 6)
         self.assertEqual({each.message.community for each in sent}, {community})
 
+    def test_files_that_another_user_left_for_temporary_ones_do_not_count(self):
+        script = """cd "$TMPDIR" || exit 9
+        echo 'Community = hostile' | tee SNMPDiscovery.properties >SNMPDiscovery.ini
+        echo '{"Community":"hostile"}' >SNMPDiscovery.json
+        echo '<config><Community>hostile</Community></config>' >SNMPDiscovery.xml
+        "$0" --quiet --community-file "$1" """
+        outcome = self.shell("demo", script, self.file("secret"), capture=True)
+        sent = [each for each in outcome.datagrams if each.direction == "sent"]
+        self.assertEqual({each.message.community for each in sent}, {b"secret"})
+
     def test_an_agent_of_another_community_is_found_and_asked(self):
         found = self.report("demo", env={"SNMP_COMMUNITY": "secret"})
         self.assertEqual(list(found), ["198.51.100.21"])
@@ -296,6 +306,19 @@ class Failing(InventoryTest):
     def test_exit_code_2_and_one_line(self):
         self.fails([("--no-ask", "--printers"), ("--parallel", "0"), ("x",)], 2)
 
+    def test_standard_descriptors_that_are_closed_or_full(self):
+        script = """
+        "$0" --from "$1" --no-ask >&-; echo "closed: $?"
+        "$0" --from "$1" --no-ask --output "$TMPDIR/report" >&- <&- 2>&-; echo "file: $?"
+        "$0" --from - --no-ask <&-; echo "input: $?"
+        "$0" --help >/dev/full; echo "full: $?"
+        "$0" --help >&-; echo "help: $?"
+        { "$0" --from "$1" --no-ask --format addresses 2>&-; echo "error: $?"; }
+        """
+        listing = self.listing(f"{FIRST}.1")
+        expected = f"closed: 1\nfile: 0\ninput: 1\nfull: 1\nhelp: 1\n{FIRST}.1\nerror: 0\n"
+        self.assertEqual(self.shell(campus(), script, listing).out.decode(), expected)
+
     def test_an_old_report_survives_every_failure(self):
         script = """
         mkdir "$TMPDIR/disk" && mount -t tmpfs -o size=64k none "$TMPDIR/disk" || exit 9
@@ -328,7 +351,7 @@ class Signals(InventoryTest):
     def signalled(self, condition, signal, *arguments, topology="demo"):
         script = f"condition='{condition}'; signal={signal}\n" + SIGNALLED
         said = self.shell(topology, script, *arguments).out.decode()
-        number = {"TERM": 15, "INT": 2}[signal]
+        number = {"TERM": 15, "INT": 2, "HUP": 1}[signal]
         # A shell starts its jobs with SIGINT ignored, which stays so: see the shell below.
         self.assertIn(f"ended: {128 + number}\n", said)
         self.assertRegex(said, r"(?m)^left: $")
@@ -395,6 +418,23 @@ os.execv(sys.argv[1], sys.argv[1:])' "$0" --no-ask >/dev/null & program=$!
         listing = self.listing(f"{FIRST}.1")
         said = self.shell(campus("silent"), script, listing).out
         self.assertTrue(said.endswith(b"ended: 0\n"), said)
+
+    def test_what_the_parent_ignored(self):
+        # The shell itself may refuse to ignore SIGCHLD; python does not.
+        script = """
+        python3 -c 'import os, signal, sys
+signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+signal.signal(signal.SIGHUP, signal.SIG_IGN)
+os.execv(sys.argv[1], sys.argv[1:])' "$0" --no-ask >"$TMPDIR/out" & program=$!
+        for turn in $(seq 100); do
+            readlink /proc/[0-9]*/exe | grep -q SNMPDiscovery && break
+            sleep 0.05
+        done
+        kill -HUP $program; wait $program; echo "ended: $?"; cat "$TMPDIR/out" """
+        self.assertRegex(self.shell("demo", script).out, rb"ended: 0\n\[\{")
+
+    def test_sighup_while_the_tool_runs(self):
+        self.signalled(self.RUNNING, "HUP", "--community-file", self.file("secret"))
 
     def test_an_old_report_survives_sigterm(self):
         script = """printf old >"$TMPDIR/report"
