@@ -9,7 +9,7 @@ def template(path):
         (workload,) = (
             each for each in yaml.safe_load_all(file) if each["kind"] in ("CronJob", "DaemonSet")
         )
-    spec = workload["spec"]
+    inner = workload["spec"]
     if workload["kind"] == "CronJob":
-        spec = spec["jobTemplate"]["spec"]
-    return spec["template"]["spec"]
+        inner = inner["jobTemplate"]["spec"]
+    return inner["template"]["spec"]

@@ -129,18 +129,18 @@ class Pods(shipping.LabTest):
 
     def pod(self, path, given):
         text = json.dumps(pods.template(path)).replace("$(NODE)", "here")
-        spec = json.loads(text)
-        for container in spec["containers"] + spec.get("initContainers", []):
+        pod = json.loads(text)
+        for container in pod["containers"] + pod.get("initContainers", []):
             container.update(image=IMAGE, imagePullPolicy="Never")
             for setting in container["env"]:
                 setting["value"] = {"NODE": "here", "SPLAY": "1"}[setting["name"]]
                 setting.pop("valueFrom", None)
-        for volume in spec["volumes"]:
+        for volume in pod["volumes"]:
             if volume["name"] in ("community", "reports"):
                 folder = {"path": str(given / volume["name"]), "type": "Directory"}
                 volume.update(hostPath=folder)
                 volume.pop("secret", None), volume.pop("persistentVolumeClaim", None)
-        return {"apiVersion": "v1", "kind": "Pod", "metadata": {"name": "try"}, "spec": spec}
+        return {"apiVersion": "v1", "kind": "Pod", "metadata": {"name": "try"}, "spec": pod}
 
 
 if __name__ == "__main__":

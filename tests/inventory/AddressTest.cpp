@@ -9,7 +9,7 @@ using inventory::Address;
 TEST(AddressTest, FourDecimalOctetsReadBackAsTheyWere)
 {
     for (const char* const text :
-         {"0.0.0.0", "192.0.2.9", "198.51.100.255", "255.255.255.255", "10.20.30.40"}) {
+         {"0.0.0.0", "192.0.2.9", "198.51.100.255", "255.255.255.255", "203.0.113.40"}) {
         const auto address = Address::parse(text);
         ASSERT_TRUE(address) << text;
         EXPECT_EQ(address->text(), text);
