@@ -12,6 +12,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -31,6 +32,14 @@ std::chrono::milliseconds untilOrZero(SNMPTimedSession::Time time)
     const auto left = time - std::chrono::steady_clock::now();
     return std::max(std::chrono::ceil<std::chrono::milliseconds>(left),
                     std::chrono::milliseconds(0));
+}
+
+/// Removes an engine ID of a session of Net-SNMP's, which allocates them by malloc.
+void Forget(unsigned char*& engine, std::size_t& length)
+{
+    std::free(engine); // NOLINT(cppcoreguidelines-no-malloc)
+    engine = nullptr;
+    length = 0;
 }
 
 } // namespace
@@ -95,14 +104,16 @@ snmp_pdu* SNMPTimedSession::Ask(int type, const std::vector<OID>& names, Time de
         m_spent = true;
         return nullptr;
     }
-    snmp_pdu* const request = snmp_pdu_create(type);
-    if (request == nullptr) {
-        return nullptr;
-    }
-    for (const OID& name : names) {
-        snmp_add_null_var(request, name.oidptr(), name.oidsize());
-    }
-    Exchange(request, deadline);
+    const auto create = [&] {
+        snmp_pdu* const request = snmp_pdu_create(type);
+        for (const OID& name : names) {
+            if (request != nullptr) {
+                snmp_add_null_var(request, name.oidptr(), name.oidsize());
+            }
+        }
+        return request;
+    };
+    Exchange(create, deadline);
     snmp_pdu* const response = m_response;
     m_response = nullptr;
     m_spent = response == nullptr;
@@ -113,26 +124,53 @@ snmp_pdu* SNMPTimedSession::Ask(int type, const std::vector<OID>& names, Time de
 /// ID, and Net-SNMP stores it in the session. Net-SNMP's own probe would block.
 bool SNMPTimedSession::FindEngine(Time deadline)
 {
-    snmp_pdu* const probe = snmp_pdu_create(SNMP_MSG_GET);
-    if (probe == nullptr) {
-        return false;
-    }
-    probe->version = SNMP_VERSION_3;
-    probe->securityName = strdup("");
-    probe->securityNameLen = 0;
-    probe->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
-    probe->securityModel = SNMP_SEC_MODEL_USM;
+    const auto create = [] {
+        snmp_pdu* const probe = snmp_pdu_create(SNMP_MSG_GET);
+        if (probe != nullptr) {
+            probe->version = SNMP_VERSION_3;
+            probe->securityName = strdup("");
+            probe->securityNameLen = 0;
+            probe->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
+            probe->securityModel = SNMP_SEC_MODEL_USM;
+        }
+        return probe;
+    };
     m_sessionPtr->flags |= SNMP_FLAGS_DONT_PROBE;
-    Exchange(probe, deadline);
+    Exchange(create, deadline);
     ReleasePDU(m_response);
     m_response = nullptr;
     const Turn turn(m_session.version);
-    return m_sessionPtr->securityEngineIDLen != 0 &&
+    return m_heard && m_sessionPtr->securityEngineIDLen != 0 &&
            usm_create_user_from_session(m_sessionPtr) == SNMPERR_SUCCESS;
 }
 
-/// Takes ownership of `request`. Afterwards m_response is its response or null.
-void SNMPTimedSession::Exchange(snmp_pdu* request, Time deadline)
+/// Sends what `create` returns, again when somebody else's report ended it. Afterwards m_response
+/// is its response or null.
+void SNMPTimedSession::Exchange(const std::function<snmp_pdu*()>& create, Time deadline)
+{
+    const bool engineKnown = m_sessionPtr->securityEngineIDLen != 0;
+    const bool contextKnown = m_sessionPtr->contextEngineIDLen != 0;
+    for (int sent = 0; sent <= resends; ++sent) {
+        snmp_pdu* const request = create();
+        if (request == nullptr) {
+            return;
+        }
+        SendAndWait(request, deadline);
+        if (m_state != State::disturbed) {
+            return;
+        }
+        // Net-SNMP has stored the engine ID in the report, whoever sent it.
+        if (!engineKnown) {
+            Forget(m_sessionPtr->securityEngineID, m_sessionPtr->securityEngineIDLen);
+        }
+        if (!contextKnown) {
+            Forget(m_sessionPtr->contextEngineID, m_sessionPtr->contextEngineIDLen);
+        }
+    }
+}
+
+/// Takes ownership of `request`.
+void SNMPTimedSession::SendAndWait(snmp_pdu* request, Time deadline)
 {
     m_state = State::waiting;
     {
@@ -186,8 +224,14 @@ int SNMPTimedSession::Received(int operation, snmp_session* /*session*/, int /*r
     switch (operation) {
     case NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE:
         return pdu == nullptr ? 0 : self->Take(*pdu);
-    case NETSNMP_CALLBACK_OP_TIMED_OUT:
     case NETSNMP_CALLBACK_OP_SEC_ERROR:
+        if (pdu != nullptr && !self->FromAgent(*pdu)) {
+            self->m_state = State::disturbed;
+            return 0;
+        }
+        self->m_state = State::refused;
+        return 1;
+    case NETSNMP_CALLBACK_OP_TIMED_OUT:
     case NETSNMP_CALLBACK_OP_SEND_FAILED:
         self->m_state = State::refused;
         return 1;

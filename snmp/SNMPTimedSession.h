@@ -5,14 +5,16 @@
 #include <netinet/in.h>
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace UVARNETSNMP {
 
 /// A session to one agent, for requests that end at a deadline and may ask for several names at
-/// once. Only answers from the agent's address count. Do not use the requests of the base class on
-/// such a session.
+/// once. Only answers from the agent's address count; where Net-SNMP ends a request for a report of
+/// SNMPv3 from elsewhere, it is sent anew, at most 20 times. Do not use the requests of the base
+/// class on such a session.
 ///
 /// Threads: as for SNMPSession. Sessions of SNMPv3 share Net-SNMP's tables of users and engines, so
 /// only one of them at a time is inside Net-SNMP. No session waits there for an answer.
@@ -33,6 +35,10 @@ public:
     /// Closes the session.
     ~SNMPTimedSession() override;
 
+    /// Whether the session was opened. One that was not, such as for want of a descriptor, asks
+    /// nothing.
+    bool Open() const noexcept { return m_sessionPtr != nullptr; }
+
     /// Sends one request of `type` (SNMP_MSG_GET or SNMP_MSG_GETNEXT) for `names` and waits for
     /// its response, which the caller owns (ReleasePDU) and whose errstat the caller inspects.
     /// Null when the session is not open, nothing could be sent, no response came before
@@ -52,7 +58,8 @@ private:
         idle,
         waiting,
         answered,
-        refused
+        refused,
+        disturbed ///< Net-SNMP has ended the request, for a report that was not the agent's
     };
     class Turn;
 
@@ -63,7 +70,8 @@ private:
     int Take(snmp_pdu& pdu);
     bool FromAgent(const snmp_pdu& pdu) const;
     bool FindEngine(Time deadline);
-    void Exchange(snmp_pdu* request, Time deadline);
+    void Exchange(const std::function<snmp_pdu*()>& create, Time deadline);
+    void SendAndWait(snmp_pdu* request, Time deadline);
     void Serve(int descriptor, bool readable, bool resend);
 
     in_addr m_agent = {};

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <sys/resource.h>
+
 #include <chrono>
 #include <map>
 #include <memory>
@@ -192,6 +195,141 @@ TEST_F(SNMPTimedSessionTest, ASilentEngineOfSNMPv3CostsTheTimeThatItWasGiven)
     EXPECT_GE(std::chrono::steady_clock::now() - start, 200ms);
     EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
     EXPECT_GE(agent.Stop().size(), 2U);
+}
+
+/// A report of SNMPv3, "unknown engine ID", to the request whose message identifier it repeats.
+std::string unknownEngine(const std::string& request, const std::string& engine)
+{
+    // SEQUENCE, version, SEQUENCE, identifier: Net-SNMP's lengths are short here, or 0x82 and two.
+    const auto skip = [&request](std::size_t at) {
+        return at + 2 +
+               (static_cast<unsigned char>(request.at(at + 1)) & 0x7fU) *
+                   (static_cast<unsigned char>(request.at(at + 1)) >> 7U);
+    };
+    const std::size_t identifier = skip(skip(0) + 3);
+    const std::string content =
+        request.substr(identifier + 2, static_cast<unsigned char>(request.at(identifier + 1)));
+    using Wire::Field;
+    constexpr unsigned char integer = 2;
+    constexpr unsigned char octets = 4;
+    constexpr unsigned char sequence = 0x30;
+    const std::string zero = Field(integer, std::string(1, '\0'));
+    const std::string largest("\x40\0", 2);
+    const std::string global =
+        Field(sequence, Field(integer, content) + Field(integer, largest) +
+                            Field(octets, std::string(1, '\0')) + Field(integer, "\x03"));
+    const std::string security =
+        Field(octets, Field(sequence, Field(octets, engine) + zero + zero + Field(octets, "") +
+                                          Field(octets, "") + Field(octets, "")));
+    // usmStatsUnknownEngineIDs.0
+    const std::string binding =
+        Field(sequence, Field(6, std::string("\x2b\x06\x01\x06\x03\x0f\x01\x01\x04\0", 10)) +
+                            Field(0x41, "\x01"));
+    const std::string report = Field(0xa8, zero + zero + zero + Field(sequence, binding));
+    return Field(sequence, Field(integer, "\x03") + global + security +
+                               Field(sequence, Field(octets, engine) + Field(octets, "") + report));
+}
+
+const std::string ownEngine("\x80\x00\x1f\x88\x04own", 8);
+const std::string foreignEngine("\x80\x00\x1f\x88\x04other", 10);
+
+const SNMPSecurity someUser(std::map<std::string, std::string>{{"securityname", "nobody"},
+                                                               {"securitylevel", "NoAuthNoPriv"}});
+
+bool contains(const std::string& datagram, const std::string& octets)
+{
+    return datagram.find(octets) != std::string::npos;
+}
+
+TEST_F(SNMPTimedSessionTest, TheEngineIDIsTheOneThatTheAgentReports)
+{
+    LoopbackAgent agent([](const LoopbackAgent& self, const std::string& request, size_t) {
+        self.Reply(unknownEngine(request, ownEngine));
+    });
+    SNMPTimedSession session(SNMP_VERSION_3, someUser, agent.Host(), 1000000);
+
+    EXPECT_EQ(ask(session, 5s), -1) << "it refuses the request too";
+
+    EXPECT_TRUE(session.Heard());
+    const auto& requests = agent.Stop();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_FALSE(contains(requests[0], ownEngine));
+    EXPECT_TRUE(contains(requests[1], ownEngine));
+}
+
+TEST_F(SNMPTimedSessionTest, AReportFromAnotherAddressDoesNotCount)
+{
+    std::unique_ptr<LoopbackSocket> other;
+    try {
+        other = std::make_unique<LoopbackSocket>("127.0.0.2");
+    } catch (const std::system_error&) {
+        GTEST_SKIP() << "NOT TESTED: the loopback interface has no address but 127.0.0.1";
+    }
+    for (const bool agentReports : {false, true}) {
+        SCOPED_TRACE(agentReports);
+        LoopbackAgent agent(
+            [&](const LoopbackAgent& self, const std::string& request, size_t number) {
+                if (number == 0) {
+                    self.ReplyFrom(*other, unknownEngine(request, foreignEngine));
+                } else if (agentReports) {
+                    self.Reply(unknownEngine(request, ownEngine));
+                }
+            });
+        SNMPTimedSession session(SNMP_VERSION_3, someUser, agent.Host(), 50000);
+        const auto start = std::chrono::steady_clock::now();
+
+        EXPECT_EQ(ask(session, agentReports ? 5000ms : 300ms), -1);
+
+        EXPECT_EQ(session.Heard(), agentReports);
+        const auto& requests = agent.Stop();
+        EXPECT_GE(requests.size(), 2U) << "it is sent anew";
+        EXPECT_EQ(contains(requests.back(), ownEngine), agentReports);
+        for (const std::string& request : requests) {
+            EXPECT_FALSE(contains(request, foreignEngine));
+        }
+        if (!agentReports) {
+            EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+        }
+    }
+}
+
+/// While it exists, the process can open nothing more.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_limit);
+        const rlimit none = {0, m_limit.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &m_limit); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit m_limit = {};
+};
+
+TEST_F(SNMPTimedSessionTest, WithoutADescriptorItIsNotOpen)
+{
+    if (dlsym(RTLD_DEFAULT, "__ubsan_handle_out_of_bounds") != nullptr) {
+        GTEST_SKIP() << "NOT TESTED: UndefinedBehaviorSanitizer needs descriptors of its own";
+    }
+    const LoopbackAgent agent(&Answer);
+    const auto open = [&] {
+        return std::make_unique<SNMPTimedSession>(SNMP_VERSION_1, publicCommunity, agent.Host(),
+                                                  1000000);
+    };
+    EXPECT_TRUE(open()->Open());
+    std::unique_ptr<SNMPTimedSession> session;
+    {
+        const NoDescriptors none;
+        session = open();
+    }
+    EXPECT_FALSE(session->Open());
+    EXPECT_EQ(ask(*session, 5s), -1);
+    EXPECT_FALSE(session->Heard());
 }
 
 TEST_F(SNMPTimedSessionTest, WhatIsNoAddressIsNeverAsked)
