@@ -22,6 +22,12 @@ bool byAddressAlone(const Agent& before, const Agent& now)
     return !before.answers || !now.answers.value_or(false);
 }
 
+/// Whether both sides know if it is a printer.
+bool bothTellKind(const Agent& before, const Agent& now)
+{
+    return !byAddressAlone(before, now) && before.printer && now.printer;
+}
+
 std::vector<Change> changesOf(const Agent& before, const Agent& now)
 {
     std::vector<Change> changes;
@@ -107,7 +113,9 @@ Comparison compare(const std::vector<Agent>& before, const std::vector<Agent>& n
             }
             ++current;
         } else {
-            if (!byAddressAlone(*old, *current) && wanted(*old) != wanted(*current)) {
+            if (onlyPrinters && !bothTellKind(*old, *current)) {
+                // Nothing but the address can be compared, and that is on both sides.
+            } else if (wanted(*old) != wanted(*current)) {
                 if (wanted(*current)) {
                     comparison.appeared.push_back(*current);
                 } else {

@@ -37,8 +37,8 @@ struct Comparison
 /// reports did not ask, is compared by its address alone.
 ///
 /// `onlyPrinters` leaves out, on both sides, what is no printer. An agent of which one side cannot
-/// tell, as it is silent now or was not asked, is taken for what it is on the other side: a printer
-/// that is off has not vanished.
+/// tell, as it is silent now, was not asked, or fell silent before it told, has neither appeared
+/// nor vanished: a printer that is off is still listed.
 Comparison compare(const std::vector<Agent>& before, const std::vector<Agent>& now,
                    bool onlyPrinters);
 

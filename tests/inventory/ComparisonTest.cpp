@@ -110,6 +110,17 @@ TEST(ComparisonTest, APrinterThatIsSilentOrWasNotAskedHasNeitherVanishedNorAppea
     EXPECT_EQ(difference({}, {silent("192.0.2.9")}, true), nothing);
 }
 
+TEST(ComparisonTest, AnAgentThatFellSilentBeforeItToldItsKindIsComparedByTheAddressAlone)
+{
+    const Agent printer = named("192.0.2.9", "a");
+    const Agent cut = named("192.0.2.9", "a", std::nullopt);
+    EXPECT_EQ(difference({printer}, {cut}, true), nothing);
+    EXPECT_EQ(difference({cut}, {printer}, true), nothing);
+    EXPECT_EQ(difference({cut}, {cut}, true), nothing);
+    EXPECT_EQ(difference({}, {cut}, true), nothing);
+    EXPECT_EQ(difference({cut}, {}, true), nothing);
+}
+
 TEST(ComparisonTest, TheTable)
 {
     EXPECT_EQ(toTable(compare({named("192.0.2.1", "gone"), named("192.0.2.9", "a", false)},
