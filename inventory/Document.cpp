@@ -1,6 +1,7 @@
 #include "inventory/Document.h"
 
 #include "inventory/Failure.h"
+#include "inventory/Utf8.h"
 #include "value/Value.h"
 
 #include <algorithm>
@@ -62,8 +63,12 @@ Address addressOf(const Value& entry, const std::string& origin)
 void readText(const Value::Hash& entry, const char* key, std::optional<std::string>& text)
 {
     const Value* const value = member(entry, key);
-    if (value != nullptr && value->kind() == Value::Kind::String) {
-        text = value->to_s();
+    if (value == nullptr || value->kind() != Value::Kind::String) {
+        return;
+    }
+    const std::string& read = value->holder().get<std::string>();
+    if (!read.empty()) {
+        text = validUtf8(read);
     }
 }
 

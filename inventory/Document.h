@@ -23,7 +23,8 @@ std::vector<Address> readAddresses(const std::string& document, const std::strin
 
 /// The entries of an earlier report, in order, with what a comparison needs: whether the agent was
 /// asked and answered, `name`, `model`, `serial` and `printer`. Of repeated entries the first
-/// counts. Members of another type than a report's are ignored. Throws as readAddresses does.
+/// counts. Members of another type than a report's, and empty texts, are ignored. In texts, what is
+/// no UTF-8 becomes U+FFFD. Throws as readAddresses does.
 std::vector<Agent> readReport(const std::string& document, const std::string& origin);
 
 /// The content of `file`, or of standard input for "-". Throws Failure when it cannot be read or is

@@ -82,6 +82,17 @@ bool isBidirectionalControl(char32_t code)
            (code >= 0x2028 && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
+std::string validUtf8(std::string_view text)
+{
+    std::string valid;
+    while (!text.empty()) {
+        const Character character = firstCharacter(text);
+        valid += character.code == 0xfffd ? replacement : character.bytes;
+        text.remove_prefix(character.bytes.size());
+    }
+    return valid;
+}
+
 std::optional<std::string> textFromAgent(std::string_view sent)
 {
     if (sent.size() > longestText) {
@@ -91,16 +102,10 @@ std::optional<std::string> textFromAgent(std::string_view sent)
     while (!sent.empty() && sent.back() == '\0') {
         sent.remove_suffix(1);
     }
-    std::string text;
-    while (!sent.empty()) {
-        const Character character = firstCharacter(sent);
-        text += character.code == 0xfffd ? replacement : character.bytes;
-        sent.remove_prefix(character.bytes.size());
-    }
-    if (text.empty()) {
+    if (sent.empty()) {
         return {};
     }
-    return text;
+    return validUtf8(sent);
 }
 
 } // namespace inventory

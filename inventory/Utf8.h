@@ -24,6 +24,9 @@ constexpr std::string_view replacement = "\xef\xbf\xbd";
 /// the bidirectional algorithm (UAX #9): what could make a line read as something else.
 bool isBidirectionalControl(char32_t code);
 
+/// `text` with every invalid byte replaced by U+FFFD.
+std::string validUtf8(std::string_view text);
+
 /// What an agent sent as a text, made fit for a report: cut at 1,024 octets, where a character that
 /// the cut divides is dropped; then without the NULs at its end; then every invalid byte replaced
 /// by U+FFFD. Nothing if that leaves nothing.

@@ -138,6 +138,25 @@ TEST(DocumentTest, AReport)
     EXPECT_THROW(inventory::readReport("[{}]", "it"), Failure);
 }
 
+TEST(DocumentTest, TextsOfAReportAreMended)
+{
+    const std::vector<Agent> agents = inventory::readReport(
+        "[{\"hostname\":\"192.0.2.9\",\"name\":\"a\xff\xed\xa0\x80\",\"model\":\"\","
+        "\"serial\":\"\xc3\xa9\"}]",
+        "it");
+    ASSERT_EQ(agents.size(), 1U);
+    EXPECT_EQ(agents[0].name, "a\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd");
+    EXPECT_FALSE(agents[0].model);
+    EXPECT_EQ(agents[0].serial, "\xc3\xa9");
+}
+
+TEST(DocumentTest, TheReaderTakesBareMemberNamesAndControlCharactersInTexts)
+{
+    EXPECT_THAT(addresses("[{\"hostname\":\"192.0.2.9\",\"name\"}]"), ElementsAre("192.0.2.9"));
+    EXPECT_THAT(addresses("[{\"hostname\":\"192.0.2.9\",\"name\":\"a\nb\x01\"}]"),
+                ElementsAre("192.0.2.9"));
+}
+
 TEST(DocumentTest, Files)
 {
     const TestSupport::TemporaryDirectory folder;
