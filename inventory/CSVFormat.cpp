@@ -1,5 +1,7 @@
 #include "inventory/CSVFormat.h"
 
+#include "inventory/Utf8.h"
+
 #include <string_view>
 
 namespace inventory {
@@ -10,13 +12,33 @@ constexpr std::string_view heading = "address,answers,name,description,location,
                                      "uptime,printer,model,serial,status,pages,supplies\r\n";
 constexpr std::string_view formulaStarts = "=+-@\t\r";
 
+/// Whether `code` must not reach a terminal. Tabulators and line ends may.
+bool isControl(char32_t code)
+{
+    return (code < 0x20 && code != '\t' && code != '\r' && code != '\n') ||
+           (code >= 0x7f && code <= 0x9f) || isBidirectionalControl(code);
+}
+
+std::string withoutControls(std::string_view text)
+{
+    std::string shown;
+    while (!text.empty()) {
+        const Character character = firstCharacter(text);
+        shown += isControl(character.code) ? replacement : character.bytes;
+        text.remove_prefix(character.bytes.size());
+    }
+    return shown;
+}
+
 std::string cell(const std::optional<std::string>& text)
 {
     if (!text || text->empty()) {
         return {};
     }
-    std::string safe =
-        formulaStarts.find(text->front()) == std::string_view::npos ? *text : "'" + *text;
+    std::string safe = withoutControls(*text);
+    if (formulaStarts.find(safe.front()) != std::string_view::npos) {
+        safe.insert(0, 1, '\'');
+    }
     if (safe.find_first_of(",\"\r\n") == std::string::npos) {
         return safe;
     }

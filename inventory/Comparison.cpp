@@ -1,5 +1,6 @@
 #include "inventory/Comparison.h"
 
+#include "inventory/JSONFormat.h"
 #include "value/Value.h"
 
 #include <algorithm>
@@ -149,7 +150,7 @@ std::string toJSON(const Comparison& comparison)
     members.emplace("appeared", agentsValue(comparison.appeared));
     members.emplace("vanished", agentsValue(comparison.vanished));
     members.emplace("changed", Value(std::move(changed)));
-    return Value(std::move(members)).to_json() + "\n";
+    return jsonLine(Value(std::move(members)));
 }
 
 std::string toTable(const Comparison& comparison, const Screen& screen)

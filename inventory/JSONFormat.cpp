@@ -1,5 +1,7 @@
 #include "inventory/JSONFormat.h"
 
+#include <string_view>
+
 namespace inventory {
 
 namespace {
@@ -81,10 +83,34 @@ std::string arrayOf(const std::vector<Agent>& agents, Value (*value)(const Agent
     for (const Agent& agent : agents) {
         array.push_back(value(agent));
     }
-    return Value(std::move(array)).to_json() + "\n";
+    return jsonLine(Value(std::move(array)));
 }
 
 } // namespace
+
+std::string jsonLine(const Value& value)
+{
+    // The writer has escaped the controls below U+0020. What is left stands inside strings only.
+    const std::string json = value.to_json();
+    std::string line;
+    line.reserve(json.size() + 1);
+    for (std::size_t at = 0; at < json.size(); ++at) {
+        const auto octet = static_cast<unsigned char>(json[at]);
+        const auto second = at + 1 < json.size() ? static_cast<unsigned char>(json[at + 1]) : octet;
+        if (octet == 0x7f) {
+            line += "\\u007f";
+        } else if (octet == 0xc2 && second >= 0x80 && second <= 0x9f) {
+            constexpr std::string_view digits = "0123456789abcdef";
+            line += "\\u00";
+            line += digits[second >> 4U];
+            line += digits[second & 0xfU];
+            ++at;
+        } else {
+            line += json[at];
+        }
+    }
+    return line + "\n";
+}
 
 std::string toJSON(const std::vector<Agent>& agents)
 {

@@ -8,6 +8,10 @@
 
 namespace inventory {
 
+/// `value`, whose texts are valid UTF-8, as one line of JSON that no terminal takes for anything
+/// but text: U+007F to U+009F, of which U+009B begins a terminal sequence, are escaped too.
+std::string jsonLine(const Value& value);
+
 /// The report as one line of JSON: docs/inventory.schema.json.
 std::string toJSON(const std::vector<Agent>& agents);
 

@@ -1,6 +1,7 @@
 // Texts of agents that mean harm, in every format.
 
 #include "inventory/CSVFormat.h"
+#include "inventory/Comparison.h"
 #include "inventory/HTMLFormat.h"
 #include "inventory/JSONFormat.h"
 #include "inventory/TableFormat.h"
@@ -24,7 +25,9 @@ const std::string hostileTexts[] = {
     "&lt;b&gt;' onclick='x",
     "\x1b[2J\x1b]0;title\x07",
     "\xc2\x9b"
-    "2J", // CSI as one character of Unicode
+    "2J",                               // CSI as one character of Unicode
+    "\xc2\x80\xc2\x9f\xc2\xa0\xc3\x9b", // the ends of C1, and what is like it but harmless
+    "\x1b=1",
     "line\r\nsecond,\"quoted\"\n",
     "=cmd|' /C calc'!A0",
     "+1",
@@ -76,6 +79,8 @@ TEST_P(HostileTextTest, JSONHoldsItAsATextAndNothingMore)
     EXPECT_EQ(report[0].size(), 11U);
     EXPECT_EQ(report[0]["hostname"], "192.0.2.9");
     EXPECT_EQ(report[0]["name"], *agents[0].name);
+    const auto compared = nlohmann::json::parse(toJSON(inventory::compare({}, agents, false)));
+    EXPECT_EQ(compared["appeared"][0]["name"], *agents[0].name);
     const auto targets = nlohmann::json::parse(inventory::toPrometheus(agents));
     ASSERT_EQ(targets.size(), 1U);
     EXPECT_EQ(targets[0]["targets"], nlohmann::json::array({"192.0.2.9"}));
@@ -110,12 +115,46 @@ std::vector<std::vector<std::string>> readCSV(const std::string& text)
     return lines;
 }
 
+/// `text` as CSV shows it.
+std::string shown(std::string_view text)
+{
+    std::string result;
+    while (!text.empty()) {
+        const Character character = inventory::firstCharacter(text);
+        const char32_t code = character.code;
+        const bool control = (code < 0x20 && code != '\t' && code != '\r' && code != '\n') ||
+                             (code >= 0x7f && code < 0xa0) ||
+                             inventory::isBidirectionalControl(code);
+        result += control ? std::string_view("\xef\xbf\xbd") : character.bytes;
+        text.remove_prefix(character.bytes.size());
+    }
+    return result;
+}
+
+TEST_P(HostileTextTest, CSVAndJSONHoldNoControlCharacterOfATerminal)
+{
+    const inventory::Comparison appeared = inventory::compare({}, agents, false);
+    for (const std::string& text :
+         {inventory::toCSV(agents), inventory::toJSON(agents), inventory::toPrometheus(agents),
+          inventory::toZabbix(agents), toJSON(appeared)}) {
+        std::string_view rest = text;
+        while (!rest.empty()) {
+            const Character character = inventory::firstCharacter(rest);
+            const char32_t code = character.code;
+            EXPECT_TRUE(code == '\n' || code == '\r' || code == '\t' ||
+                        (code >= 0x20 && code < 0x7f) || code >= 0xa0)
+                << code;
+            rest.remove_prefix(character.bytes.size());
+        }
+    }
+}
+
 TEST_P(HostileTextTest, CSVHasOneLineMoreThanTheHeadingAndNoFormula)
 {
     const auto lines = readCSV(inventory::toCSV(agents));
     ASSERT_EQ(lines.size(), 2U);
     ASSERT_EQ(lines[1].size(), 14U);
-    const std::string& text = *agents[0].name;
+    const std::string text = shown(*agents[0].name);
     const bool formula = std::string("=+-@\t\r").find(text[0]) != std::string::npos;
     EXPECT_EQ(lines[1][2], (formula ? "'" : "") + text);
     for (const std::string& cell : lines[1]) {

@@ -72,7 +72,7 @@ def printer(name="laser", supplies=None):
     return objects
 
 
-HOSTILE = "\x1b[2J\x1b]0;x\x07<script>alert(1)</script>\r\n=1+1\u202e"
+HOSTILE = "\x1b[2J\x1b]0;x\x07\u009b2J\x7f<script>alert(1)</script>\r\n=1+1\u202e"
 
 
 def arcs(name):

@@ -81,8 +81,8 @@ class Hostile(InventoryTest):
                     topology, "--from", listing, "--format", form, "--seconds", 60
                 )
                 self.assertEqual(outcome.err, b"")
-                if form != "csv":
-                    self.assertNotIn(b"\x1b", outcome.out)
+                for control in ("\x00", "\x07", "\x1b", "\x7f", "\u009b"):
+                    self.assertNotIn(control, outcome.out.decode())
                 if form == "html":
                     self.assertNotIn(b"<script", outcome.out)
                     self.assertIn(b"&lt;script&gt;", outcome.out)
