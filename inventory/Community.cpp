@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <sstream>
+#include <vector>
 
 namespace inventory {
 
@@ -70,6 +71,35 @@ std::optional<long> versionOf(const std::string& text)
         return SNMP_VERSION_3;
     }
     return {};
+}
+
+/// Throws Failure unless `parameters` have all that their security level needs: a session would
+/// otherwise ask with less security, or with a user and protocol of its own.
+void checkVersion3(const std::map<std::string, UVARNETSNMP::ByteString>& parameters,
+                   const std::string& file)
+{
+    const auto has = [&parameters](const char* key) {
+        const auto found = parameters.find(key);
+        return found != parameters.end() && !found->second.empty();
+    };
+    std::vector<const char*> needed = {"securityname"};
+    if (has("securitylevel")) {
+        const auto& level = parameters.at("securitylevel");
+        const bool privacy = level == bytes("AuthPriv");
+        if (privacy || level == bytes("AuthNoPriv")) {
+            needed.insert(needed.end(), {"authprotocol", "authpassphrase"});
+        }
+        if (privacy) {
+            needed.insert(needed.end(), {"privprotocol", "privpassphrase"});
+        }
+    } else if (has("authpassphrase") || has("privpassphrase")) {
+        needed.push_back("securitylevel");
+    }
+    for (const char* const key : needed) {
+        if (!has(key)) {
+            throw Failure(file + ": no " + key);
+        }
+    }
 }
 
 } // namespace
@@ -158,6 +188,8 @@ Credentials readCredentials(const std::string& file, const std::string& communit
     }
     if (credentials.version != SNMP_VERSION_3) {
         credentials.parameters.emplace("community", bytes(community));
+    } else {
+        checkVersion3(credentials.parameters, file);
     }
     return credentials;
 }

@@ -20,8 +20,9 @@ std::string communityProperties(const std::string& community);
 /// `version = 1`, `2c` or `3`. Blanks around keys and values do not count; empty lines and those
 /// that begin with "#" neither. Where SNMPv1 or SNMPv2c have no key "community" it is `community`.
 /// Throws Failure when the file cannot be read, for an unknown or repeated key, a value that a
-/// session would leave out in silence, a pass phrase of fewer than eight octets, or a missing
-/// version.
+/// session would leave out in silence, a pass phrase of fewer than eight octets, a missing
+/// version, or, with SNMPv3, a missing security name, a pass phrase without a security level, or a
+/// level without the protocols and pass phrases that it needs.
 Credentials readCredentials(const std::string& file, const std::string& community);
 
 /// SNMPv1, the version by which agents are found.

@@ -139,4 +139,35 @@ TEST_F(CommunityTest, WrongCredentialsAreRefused)
     EXPECT_THROW(inventory::readCredentials("/nonexistent/file", "x"), Failure);
 }
 
+TEST_F(CommunityTest, WhatASecurityLevelNeeds)
+{
+    const std::string name = "version = 3\nsecurityname = u\n";
+    const std::string authNoPriv = "securitylevel = AuthNoPriv\n";
+    const std::string authPriv = "securitylevel = AuthPriv\n";
+    const std::string authProtocol = "authprotocol = SHA\n";
+    const std::string authPhrase = "authpassphrase = a long phrase\n";
+    const std::string privProtocol = "privprotocol = DES\n";
+    const std::string privPhrase = "privpassphrase = a long phrase\n";
+    const std::string authentic = authProtocol + authPhrase;
+    const std::string noAuth = "securitylevel = NoAuthNoPriv\n";
+
+    for (const std::string& content :
+         {name, name + noAuth, name + noAuth + authPhrase, name + authNoPriv + authentic,
+          name + authPriv + authentic + privProtocol + privPhrase}) {
+        EXPECT_NO_THROW(credentials(content)) << content;
+    }
+    for (const std::string& content :
+         {std::string("version = 3"), std::string("version = 3\nsecurityname ="),
+          std::string("version = 3\n") + noAuth, name + authPhrase, name + authentic,
+          name + privPhrase, name + authNoPriv, name + authNoPriv + authProtocol,
+          name + authNoPriv + authPhrase, name + authPriv + authentic,
+          name + authPriv + privProtocol + privPhrase,
+          name + authPriv + authProtocol + privProtocol + privPhrase,
+          name + authPriv + authPhrase + privProtocol + privPhrase,
+          name + authPriv + authentic + privProtocol, name + authPriv + authentic + privPhrase}) {
+        EXPECT_THROW(credentials(content), Failure) << content;
+    }
+    EXPECT_NO_THROW(credentials("version = 2c\n" + authPhrase)) << "only version 3 needs a user";
+}
+
 } // namespace
