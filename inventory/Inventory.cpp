@@ -19,9 +19,11 @@
 
 #include <Poco/Exception.h>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -103,23 +105,50 @@ public:
     NetSNMP& operator=(const NetSNMP&) = delete;
 };
 
+/// Lets the process open a socket for each of `parallel` agents, beside what else it has open, and
+/// returns for how many of them, at least one, the system allows it.
+std::size_t socketsFor(std::size_t parallel)
+{
+    constexpr rlim_t others = 64; // files; half of what there is where that is little
+    rlimit files = {};
+    if (getrlimit(RLIMIT_NOFILE, &files) != 0) {
+        return parallel;
+    }
+    const rlim_t wanted = std::min<rlim_t>(files.rlim_max, parallel + others);
+    if (files.rlim_cur < wanted) {
+        const rlimit raised = {wanted, files.rlim_max};
+        files.rlim_cur = setrlimit(RLIMIT_NOFILE, &raised) == 0 ? wanted : files.rlim_cur;
+    }
+    const rlim_t fit = files.rlim_cur - std::min(others, files.rlim_cur / 2);
+    return static_cast<std::size_t>(std::max<rlim_t>(1, std::min<rlim_t>(fit, parallel)));
+}
+
+/// Throws Failure when an agent could not be asked: silence would be told of it.
 void askAll(std::vector<Agent>& agents, const Credentials& credentials, const Settings& settings,
             Progress& progress)
 {
     const std::string ofAll = " of " + std::to_string(agents.size()) + " agents";
+    std::atomic<const Agent*> unasked = nullptr;
     try {
         workInParallel(
-            agents.size(), settings.parallel,
+            agents.size(), socketsFor(settings.parallel),
             [&](std::size_t number) {
                 Agent& agent = agents[number];
                 agent.answers = false;
                 SNMPPeer peer(credentials, agent.address.text(),
                               std::chrono::seconds(settings.seconds));
-                ask(peer, agent);
+                if (peer.open()) {
+                    ask(peer, agent);
+                } else {
+                    unasked = &agent;
+                }
             },
             [&](std::size_t done) { progress.show("Asked " + std::to_string(done) + ofAll); });
     } catch (const Poco::Exception& exception) {
         throw Failure("no thread: " + exception.displayText());
+    }
+    if (const Agent* const agent = unasked) {
+        throw Failure("no socket for " + agent->address.text());
     }
 }
 

@@ -24,6 +24,8 @@ public:
     SNMPPeer(const Credentials& credentials, const std::string& host, std::chrono::seconds time);
 
     std::optional<Answer> next(const std::vector<Name>& names) override;
+    /// Whether there is a socket to ask by.
+    bool open() const { return m_session.Open(); }
     bool heard() const override { return m_session.Heard(); }
 
     /// The content of a response. Labels come from the MIB modules that are loaded.

@@ -87,6 +87,14 @@ class Hostile(InventoryTest):
                     self.assertNotIn(b"<script", outcome.out)
                     self.assertIn(b"&lt;script&gt;", outcome.out)
 
+    def test_few_descriptors_cost_time_and_no_agent(self):
+        listing = self.listing(*(f"{FIRST}.{number}" for number in range(1, 101)))
+        script = 'ulimit -n 32 && exec "$0" "$@"'
+        arguments = ("--from", listing, "--format", "json", "--parallel", 64, "--seconds", 60)
+        outcome = self.shell(campus(), script, *map(str, arguments))
+        report = json.loads(outcome.out)
+        self.assertEqual([each.get("serial") for each in report], ["S-1"] * 100)
+
     def test_one_address_is_asked_once(self):
         listing = self.listing(*[f"{FIRST}.7"] * 50)
         outcome = self.run_program(campus(), "--from", listing, capture=True)
