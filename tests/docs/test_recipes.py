@@ -87,7 +87,7 @@ class Texts(unittest.TestCase):
         self.report.write_text(json.dumps([HOSTILE, bare, other, silent]), "utf-8")
 
     def test_icinga_s_strings_are_never_ended_by_a_text(self):
-        said = run("jq", "-r", "-f", EXAMPLES / "icinga/printers.jq", self.report)
+        said = run("jq", "-r", "-f", EXAMPLES / "icinga/hosts.jq", self.report)
         self.assertEqual(said.splitlines(), [
             'object Host "printer-192.0.2.77" {',
             '  import "snmp-printer"',
