@@ -1,4 +1,4 @@
-# Makes Icinga 2 hosts of the printers of a report: jq -r -f printers.jq report.json >conf.d/printers.conf
+# Makes Icinga 2 hosts of the printers of a report: jq -r -f hosts.jq report.json >conf.d/printers.conf
 #
 # Texts become string literals of Icinga's language, in which nothing of an agent can end the string or
 # start a macro.
