@@ -282,6 +282,9 @@ class Hostile(ToolTest):
             )
         valgrind = ["valgrind", "--quiet", "--error-exitcode=99"]
         result = api.observe_in_lab(topology, [*valgrind, str(self.tool)], seconds=120)
+        if "Possibly corrupted debuginfo file" in result["err"]:
+            # As valgrind 3.19 (Debian 12) says of Clang's DWARF 5, before it starts the tool.
+            harness.skip("this valgrind cannot read this compiler's debug information")
         self.assertEqual(result["code"], EXIT_CODE, result["err"][-4000:])
         self.assertEqual((GOOD | numbers(0, 1)) - listed(result), set())
 
