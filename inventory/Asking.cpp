@@ -1,18 +1,17 @@
 #include "inventory/Asking.h"
 
+#include "inventory/Inquiry.h"
 #include "inventory/Utf8.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 
 namespace inventory {
 
 namespace {
 
 constexpr std::size_t mostRows = 200;
-constexpr long tooBig = 1; // RFC 3416, error-status
 
 // SNMPv2-MIB (RFC 3418), scalars of the system group.
 const Name sysDescr = {1, 3, 6, 1, 2, 1, 1, 1};
@@ -30,8 +29,6 @@ const Name prtGeneralSerialNumber = {1, 3, 6, 1, 2, 1, 43, 5, 1, 1, 17};
 const Name prtMarkerLifeCount = {1, 3, 6, 1, 2, 1, 43, 10, 2, 1, 4};
 const Name prtMarkerSuppliesEntry = {1, 3, 6, 1, 2, 1, 43, 11, 1, 1};
 
-using Found = std::vector<std::optional<Binding>>;
-
 bool isBelow(const Name& name, const Name& root)
 {
     return name.size() > root.size() && std::equal(root.begin(), root.end(), name.begin());
@@ -42,89 +39,6 @@ Name with(Name name, unsigned long last)
     name.push_back(last);
     return name;
 }
-
-/// Requests to one peer, until it falls silent.
-class Inquiry
-{
-public:
-    explicit Inquiry(Peer& peer) : m_peer(peer) {}
-
-    bool silent() const { return m_silent; }
-
-    /// For each name the binding that follows it; nothing where there is none, or none that
-    /// ascends.
-    Found following(const std::vector<Name>& names)
-    {
-        Found found(names.size());
-        std::vector<std::size_t> wanted(names.size());
-        std::iota(wanted.begin(), wanted.end(), std::size_t{0});
-        while (!wanted.empty() && !m_silent) {
-            const std::optional<Answer> answer = request(names, wanted);
-            if (!answer) {
-                break;
-            }
-            if (answer->errorStatus == 0) {
-                take(*answer, names, wanted, found);
-                break;
-            }
-            // SNMPv1 refuses a whole request for one name that has no successor, and tells which.
-            const auto index = static_cast<std::size_t>(answer->errorIndex);
-            if (answer->errorStatus != tooBig && index >= 1 && index <= wanted.size()) {
-                wanted.erase(wanted.begin() + static_cast<std::ptrdiff_t>(index - 1));
-            } else {
-                oneByOne(names, wanted, found);
-                break;
-            }
-        }
-        return found;
-    }
-
-private:
-    std::optional<Answer> request(const std::vector<Name>& names,
-                                  const std::vector<std::size_t>& wanted)
-    {
-        std::vector<Name> asked;
-        asked.reserve(wanted.size());
-        for (const std::size_t each : wanted) {
-            asked.push_back(names[each]);
-        }
-        std::optional<Answer> answer = m_peer.next(asked);
-        m_silent = !answer;
-        return answer;
-    }
-
-    void oneByOne(const std::vector<Name>& names, const std::vector<std::size_t>& wanted,
-                  Found& found)
-    {
-        if (wanted.size() == 1) {
-            return;
-        }
-        for (const std::size_t each : wanted) {
-            const std::optional<Answer> answer = request(names, {each});
-            if (!answer) {
-                return;
-            }
-            if (answer->errorStatus == 0) {
-                take(*answer, names, {each}, found);
-            }
-        }
-    }
-
-    static void take(const Answer& answer, const std::vector<Name>& names,
-                     const std::vector<std::size_t>& wanted, Found& found)
-    {
-        for (std::size_t i = 0; i < std::min(wanted.size(), answer.bindings.size()); ++i) {
-            const Binding& binding = answer.bindings[i];
-            if (names[wanted[i]] < binding.name &&
-                !std::holds_alternative<std::monostate>(binding.value)) {
-                found[wanted[i]] = binding;
-            }
-        }
-    }
-
-    Peer& m_peer;
-    bool m_silent = false;
-};
 
 std::optional<std::string> text(const std::optional<Binding>& binding)
 {
