@@ -64,10 +64,11 @@ protected:
             std::ofstream(file()) << "x";
             record.file = file().string();
         });
+        // It ends by itself too: a death test waits for whoever has its standard error.
         const fs::path script = folder() / "SNMPDiscovery";
         std::ofstream(script) << "#!/bin/sh\ntrap '' TERM INT HUP QUIT\necho $$ >" << pid().string()
                               << ".new\nmv " << pid().string() << ".new " << pid().string()
-                              << "\nwhile :; do sleep 0.05; done\n";
+                              << "\nfor turn in $(seq 200); do sleep 0.05; done\n";
         fs::permissions(script, fs::perms::owner_all);
         bool sent = false;
         inventory::ToolRun(script.string()).document(20s, [this, signal, &sent] {
