@@ -130,7 +130,7 @@ class Page(shipping.LabTest):
         self.assertEqual(value("document.querySelectorAll('body *').length"), self.elements())
         shown = value("document.querySelector('h2').textContent")
         expected = inventory_agents.HOSTILE.replace("\r\n", "\ufffd\n")
-        for control in "\x1b\x07\u202e":
+        for control in "\x1b\x07\x7f\x9b\u202e":
             expected = expected.replace(control, "\ufffd")
         self.assertEqual(shown, expected)
 
