@@ -117,8 +117,8 @@ TEST_F(SNMPSessionLifetime, ASessionWithoutAPeerIsNotOpened)
     EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
 }
 
-/// Programs that were compiled with the header find the fields by their places, so the order is part
-/// of the interface.
+/// Programs that were compiled with the header find the fields by their places, so the order is
+/// part of the interface.
 TEST_F(SNMPSessionLifetime, TheFieldsStandInOrder)
 {
     const OpenBook session(SNMP_VERSION_1, "public", "", false);

@@ -346,7 +346,8 @@ std::uintptr_t entryOf(Function function)
     return (words[0] - 1) / sizeof(void*);
 }
 
-/// Compiled programs call virtual functions by their entries, so the order is part of the interface.
+/// Compiled programs call virtual functions by their entries, so the order is part of the
+/// interface.
 TEST(AnyTest, TheVirtualFunctionsOfAPlaceholderStandInOrder)
 {
 #ifdef __x86_64__
