@@ -4,7 +4,6 @@ three languages that start snmp-inventory, run in the lab."""
 import json
 import pathlib
 import sys
-import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
@@ -19,7 +18,9 @@ EXAMPLES = sorted((ROOT / "docs/examples").glob("*/printers.*"))
 LISTED = b"192.0.2.9\t21500\n198.51.100.20\t130042\n"
 
 
-class Schema(shipping.LabTest):
+class Schema(shipping.SchemaTest):
+    schema = SCHEMA
+
     GOOD = ("[]", '[{"hostname":"0.0.0.0"},{"hostname":"255.249.100.9"}]')
     BAD = (
         "{}",
@@ -33,17 +34,6 @@ class Schema(shipping.LabTest):
         '[{"hostname":"192.0.2.9","port":161}]',
         '[{"hostname":"192.0.2.9"},{"hostname":"192.0.2.9"}]',
     )
-
-    def setUp(self):
-        super().setUp()
-        shipping.require("jsonschema")
-        holder = tempfile.TemporaryDirectory()
-        self.addCleanup(holder.cleanup)
-        self.instance = pathlib.Path(holder.name) / "instance.json"
-
-    def validate(self, octets, code):
-        self.instance.write_bytes(octets)
-        run("jsonschema", "-i", self.instance, SCHEMA, code=code)
 
     def test_real_output_is_valid(self):
         tool = shipping.build_folder() / "SNMPDiscovery"

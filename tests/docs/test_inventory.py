@@ -65,7 +65,9 @@ class Documents(shipping.LabTest):
         run(ROOT / "scripts/demo", "--inventry", code=2)
 
 
-class Schema(shipping.LabTest):
+class Schema(shipping.SchemaTest):
+    schema = SCHEMA
+
     GOOD = (
         "[]",
         '[{"hostname":"192.0.2.9"},{"hostname":"192.0.2.10","answers":false}]',
@@ -89,17 +91,6 @@ class Schema(shipping.LabTest):
         '[{"hostname":"192.0.2.9","answers":true,"printer":true,"status":"3"}]',
         '[{"hostname":"192.0.2.9","answers":true,"colour":"red"}]',
     )
-
-    def setUp(self):
-        super().setUp()
-        shipping.require("jsonschema")
-        holder = tempfile.TemporaryDirectory()
-        self.addCleanup(holder.cleanup)
-        self.instance = pathlib.Path(holder.name) / "instance.json"
-
-    def validate(self, octets, code):
-        self.instance.write_bytes(octets)
-        run("jsonschema", "-i", self.instance, SCHEMA, code=code)
 
     def test_real_reports_are_valid(self):
         program = shipping.build_folder() / "snmp-inventory"

@@ -10,6 +10,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "lab"))
@@ -117,3 +118,19 @@ class LabTest(unittest.TestCase):
         self.assertIs(server["printer"], False)
         hidden = ["env", "SNMP_COMMUNITY=secret", *command, "--format", "addresses"]
         self.assertEqual(self.in_lab("demo", *hidden).out, b"198.51.100.21\n")
+
+
+class SchemaTest(LabTest):
+    """A test that judges documents by the JSON Schema `schema`, a path that the class names."""
+
+    def setUp(self):
+        super().setUp()
+        require("jsonschema")
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.instance = pathlib.Path(holder.name) / "instance.json"
+
+    def validate(self, octets, code):
+        """Fails unless the schema accepts `octets` (`code` 0) or refuses them (1)."""
+        self.instance.write_bytes(octets)
+        run("jsonschema", "-i", self.instance, self.schema, code=code)
