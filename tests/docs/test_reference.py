@@ -9,6 +9,7 @@ from xml.etree import ElementTree
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
 
+import roots  # noqa: E402
 import shipping  # noqa: E402
 from shipping import ROOT, run  # noqa: E402
 
@@ -32,6 +33,16 @@ def without_text(folder):
     return found
 
 
+# In a minimal system, with the sources as /mnt.
+WITH_ITS_OWN_DOXYGEN = """
+set -e
+export DEBIAN_FRONTEND=noninteractive
+{ apt-get -q -o Acquire::Retries=3 update
+  apt-get -q -y install --no-install-recommends doxygen; } >/tmp/log 2>&1 || { cat /tmp/log; exit 1; }
+/mnt/scripts/reference /tmp/reference
+"""
+
+
 class Reference(unittest.TestCase):
     def setUp(self):
         shipping.require("doxygen")
@@ -49,6 +60,15 @@ class Reference(unittest.TestCase):
             "classUVARNETSNMP_1_1SNMPSession.html",
         ):
             self.assertIn(page, pages)
+
+    def test_the_doxygen_of_debian_13_has_no_warning_either(self):
+        roots.require_root()
+        written = shipping.work_folder("reference-root")
+        self.addCleanup(shutil.rmtree, written, ignore_errors=True)
+        command = ("sh", "-c", WITH_ITS_OWN_DOXYGEN)
+        root = roots.debian("trixie")
+        said = run(*roots.enter_outside_the_lab(root, ROOT, *command, keep=written))
+        self.assertEqual(said, "/tmp/reference/html/index.html\n")
 
     def test_every_public_member_has_a_text_of_its_own(self):
         # Doxygen's own warning passes over members that are deleted or defaulted.
