@@ -100,5 +100,4 @@ private:
 
     CharacterSource m_source;
     std::ios_base::iostate m_savedMask;
-    std::string m_text; ///< a string with escapes while it is read; kept for its memory
 };

@@ -1,6 +1,5 @@
 #include "value/JSONParser.h"
 
-#include <array>
 #include <cmath>
 #include <limits>
 
@@ -30,21 +29,9 @@ long long negated(long long number) noexcept
     return static_cast<long long>(0 - static_cast<unsigned long long>(number));
 }
 
-/// What std::pow(10.0, exponent) gives here, remembered for the usual exponents.
 double powerOfTen(long long exponent)
 {
-    constexpr long long largest = 22;
-    static const auto powers = [] {
-        std::array<double, 2 * largest + 1> table{};
-        for (long long power = -largest; power <= largest; ++power) {
-            table[static_cast<std::size_t>(power + largest)] =
-                std::pow(10.0, static_cast<double>(power));
-        }
-        return table;
-    }();
-    return exponent >= -largest && exponent <= largest
-               ? powers[static_cast<std::size_t>(exponent + largest)]
-               : std::pow(10.0, static_cast<double>(exponent));
+    return std::pow(10.0, static_cast<double>(exponent));
 }
 
 Value numberOf(const Parts& parts)

@@ -41,22 +41,22 @@ Value JSONParser::getString()
 std::string JSONParser::getText()
 {
     m_source.skip();
-    m_text.clear();
+    std::string text;
     for (;;) {
         const std::string_view ready = m_source.atHand();
         const auto end =
             std::find_if(ready.begin(), ready.end(), [](char c) { return c == '"' || c == '\\'; });
-        m_text.append(ready.begin(), end);
+        text.append(ready.begin(), end);
         m_source.skip(static_cast<std::size_t>(end - ready.begin()));
         // Now one of the two comes next, or what was at hand is used up and the stream is asked.
         const char c = m_source.get();
         if (c == '"') {
-            return m_text;
+            return text;
         }
         if (c == '\\') {
-            getEscape(m_text);
+            getEscape(text);
         } else {
-            m_text += c;
+            text += c;
         }
     }
 }
