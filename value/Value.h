@@ -16,25 +16,29 @@ class Value;
 // Arrays and hashes nest to any depth. They are copied and destroyed with a stack of bounded size,
 // in time linear in their size. Destruction allocates nothing, so that it cannot fail.
 
-/// Copies an array and takes it apart, at any depth.
-template <>
-struct Dynamic::HolderTraits<std::vector<Value>>
+namespace Dynamic {
+
+/// Copies an array or a hash and takes it apart, at any depth.
+template <typename Container>
+struct TreeTraits
 {
     /// A deep copy.
-    static std::vector<Value> copy(const std::vector<Value>& held);
-    /// Leaves it empty.
-    static void dismantle(std::vector<Value>& held) noexcept;
+    static Container copy(const Container& held);
+    /// Leaves no child that has children of its own.
+    static void dismantle(Container& held) noexcept;
 };
 
-/// Copies a hash and takes it apart, at any depth.
+/// An array is a tree.
 template <>
-struct Dynamic::HolderTraits<std::map<std::string, Value>>
-{
-    /// A deep copy.
-    static std::map<std::string, Value> copy(const std::map<std::string, Value>& held);
-    /// Leaves it empty.
-    static void dismantle(std::map<std::string, Value>& held) noexcept;
-};
+struct HolderTraits<std::vector<Value>> : TreeTraits<std::vector<Value>>
+{};
+
+/// So is a hash.
+template <>
+struct HolderTraits<std::map<std::string, Value>> : TreeTraits<std::map<std::string, Value>>
+{};
+
+} // namespace Dynamic
 
 /// The kinds of Value, each with the type that its holder holds.
 enum class ValueKind

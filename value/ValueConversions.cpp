@@ -29,29 +29,24 @@ void Value::follow_ruby_boolean_evaluation_rules(bool follow) noexcept
 
 bool Value::to_b() const
 {
-    const Kind kind = this->kind();
-    if (kind == Kind::Nil) {
+    const bool allButNil = s_followRubyBooleanEvaluationRules;
+    switch (kind()) {
+    case Kind::Nil:
         return false;
-    }
-    if (kind == Kind::Boolean) {
+    case Kind::Boolean:
         return m_holder.get<bool>();
-    }
-    if (s_followRubyBooleanEvaluationRules) {
-        return true;
-    }
-    switch (kind) {
     case Kind::Integer:
     case Kind::Long:
-        return to_l() == 0;
+        return allButNil || to_l() == 0;
     case Kind::Real:
-        return to_f() == 0.0;
+        return allButNil || to_f() == 0.0;
     case Kind::String:
-        return !m_holder.get<std::string>().empty();
+        return allButNil || !m_holder.get<std::string>().empty();
     case Kind::Array:
     case Kind::Hash:
         return true;
     default:
-        return false;
+        return allButNil;
     }
 }
 
