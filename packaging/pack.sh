@@ -23,13 +23,9 @@ system_tag() {
     (. /etc/os-release && printf '%s%s' "${ID/debian/deb}" "${VERSION_ID:-${VERSION_CODENAME-}}")
 }
 
-# pack FOLDER ARCHIVE: the folder as .tar.gz. The same input gives the same octets where tar can leave
-# out who made it and when.
+# pack FOLDER ARCHIVE: the folder as .tar.gz, without who made it and when, so that the same input gives
+# the same octets. Needs GNU tar.
 pack() {
-    local tar=(tar -C "$(dirname "$1")")
-    if tar --version | grep -q GNU; then
-        tar+=(--sort=name --owner=0 --group=0 --numeric-owner --mode=u=rwX,go=rX --format=gnu
-            --mtime="@$(source_date)")
-    fi
-    "${tar[@]}" -cf - "$(basename "$1")" | gzip -9n >"$2"
+    tar -C "$(dirname "$1")" --sort=name --owner=0 --group=0 --numeric-owner --mode=u=rwX,go=rX \
+        --format=gnu --mtime="@$(source_date)" -cf - "$(basename "$1")" | gzip -9n >"$2"
 }

@@ -63,7 +63,7 @@ class Static(shipping.LabTest):
         self.addCleanup(holder.cleanup)
         script = pathlib.Path(holder.name) / program
         emulator = shutil.which(f"qemu-{self.architecture}-static")
-        self.assertIsNotNone(emulator, "apt-get install qemu-user-static")
+        self.assertIsNotNone(emulator, "qemu-user-static is missing: scripts/install-dependencies --cross")
         script.write_text(f'#!/bin/sh\nexec {emulator} "{path}" "$@"\n', encoding="utf-8")
         script.chmod(0o755)
         return script
@@ -125,7 +125,7 @@ class Static(shipping.LabTest):
         if not self.native:
             shipping.harness.skip(f"the emulator of {self.architecture} is no part of such a root")
         shell = shutil.which("busybox")
-        self.assertIsNotNone(shell, "apt-get install busybox-static")
+        self.assertIsNotNone(shell, "busybox-static is missing: scripts/install-dependencies --cross")
         self.assertIn("statically linked", run("file", "-L", shell))
         enter = ["sh", "-c", ENTER, "enter", self.folder, shell]
         self.assert_discovers_demo(*enter, "cd / && exec /tool/SNMPDiscovery")
