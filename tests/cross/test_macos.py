@@ -1,8 +1,9 @@
 """What scripts/cross makes for macOS. It cannot run here, so its Mach-O files are examined with
 llvm-objdump: what they load and from where, the oldest macOS, the signature.
 
-SNMPDISCOVERY_CROSS_BUILD names the build folder, SNMPDISCOVERY_CROSS_FOLDER what is delivered."""
+SNMPDISCOVERY_CROSS_FOLDER names what is delivered."""
 
+import hashlib
 import os
 import pathlib
 import re
@@ -19,6 +20,7 @@ OLDEST = "11.0"
 SYSTEM = re.compile(r"^/usr/lib/lib[\w.+-]+\.dylib$|^/System/Library/Frameworks/")
 MAGIC = bytes.fromhex("cffaedfe")
 ADHOC = 0x2  # of a code directory's flags
+SHA256 = 2  # of its kinds of hashes
 
 
 def folder(variable):
@@ -33,7 +35,7 @@ def objdump(*arguments):
     """What llvm-objdump says of a file."""
     program = shutil.which("llvm-objdump")
     if program is None:
-        raise AssertionError("llvm-objdump is missing: apt-get install llvm")
+        raise AssertionError("llvm-objdump is missing: scripts/install-dependencies --cross")
     return run(program, "--macho", *arguments)
 
 
@@ -58,34 +60,51 @@ def is_mach_o(path):
         return opened.read(4) == MAGIC
 
 
-def signed_ad_hoc(file):
-    """Whether the file's code directory says that it is signed ad hoc, and covers all before the
-    signature."""
+def code_directory(file):
+    """Where the file's signature and the code directory in it begin, and the directory's first fields."""
     found = [text for name, text in commands(file) if name == "LC_CODE_SIGNATURE"]
     if not found:
-        return False
+        raise AssertionError("no signature")
     offset = int(re.search(r"\bdataoff (\d+)", found[0]).group(1))
     octets = file.read_bytes()
     magic, _, count = struct.unpack_from(">III", octets, offset)
     assert magic == 0xFADE0CC0, hex(magic)  # an embedded signature
     for index in range(count):
         kind, start = struct.unpack_from(">II", octets, offset + 12 + 8 * index)
-        if kind == 0:  # the code directory
-            fields = struct.unpack_from(">IIIIIIIII", octets, offset + start)
-            assert fields[0] == 0xFADE0C02, hex(fields[0])
-            return bool(fields[3] & ADHOC) and fields[8] == offset
-    return False
+        if kind == 0:
+            return offset, offset + start, struct.unpack_from(">9I4B", octets, offset + start)
+    raise AssertionError("no code directory")
+
+
+def faults_of_signature(file):
+    """Why arm64's macOS would not start the file."""
+    octets = file.read_bytes()
+    signature, directory, fields = code_directory(file)
+    magic, _, _, flags, hashes, _, _, count, limit, size, kind, _, page = fields
+    assert (magic, size, kind) == (0xFADE0C02, 32, SHA256), fields
+    faults = []
+    if not flags & ADHOC:
+        faults.append("not ad hoc")
+    if limit != signature:
+        faults.append("does not cover all before it")
+    starts = range(0, limit, 1 << page)
+    if count != len(starts):
+        faults.append(f"{count} hashes of {len(starts)} pages")
+    for index, start in enumerate(starts):
+        place = directory + hashes + index * size
+        found = hashlib.sha256(octets[start:min(start + (1 << page), limit)]).digest()
+        if found != octets[place:place + size]:
+            faults.append(f"page {index} was changed after signing")
+    return faults
 
 
 class MacOS(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.build = folder("SNMPDISCOVERY_CROSS_BUILD")
-        cls.folder = folder("SNMPDISCOVERY_CROSS_FOLDER")
-        cls.processor = cls.folder.name.rpartition("-")[2]
-        cls.programs = [cls.folder / "SNMPDiscovery", cls.folder / "snmp-inventory"]
-        cls.libraries = sorted(cls.folder.glob("*.dylib"))
-        cls.files = [*cls.programs, *cls.libraries]
+    def setUp(self):
+        self.folder = folder("SNMPDISCOVERY_CROSS_FOLDER")
+        self.processor = self.folder.name.rpartition("-")[2]
+        self.programs = [self.folder / "SNMPDiscovery", self.folder / "snmp-inventory"]
+        self.libraries = sorted(self.folder.glob("*.dylib"))
+        self.files = [*self.programs, *self.libraries]
 
     def test_the_tree_is_laid_out_as_the_bundle(self):
         found = {path for path in self.folder.rglob("*") if path.is_file() and is_mach_o(path)}
@@ -152,7 +171,7 @@ class MacOS(unittest.TestCase):
             return
         for file in self.files:
             with self.subTest(file.name):
-                self.assertTrue(signed_ad_hoc(file))
+                self.assertEqual(faults_of_signature(file), [])
 
 
 if __name__ == "__main__":
