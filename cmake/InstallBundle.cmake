@@ -17,7 +17,9 @@ function(snmpdiscovery_bundled target name source library)
       OUTPUT_NAME ${name}
       RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bundle
       INSTALL_RPATH $ORIGIN)
-  target_link_options(${target} PRIVATE -Wl,--disable-new-dtags)
+  # Linked without debugging information: the build ID is a hash of all that is linked, and that
+  # information holds paths, which a compiler cache may have written in a way of its own.
+  target_link_options(${target} PRIVATE -Wl,--disable-new-dtags -Wl,--strip-all)
 endfunction()
 
 if(CMAKE_CROSSCOMPILING)
