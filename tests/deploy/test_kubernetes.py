@@ -149,6 +149,10 @@ class Commands(shipping.LabTest):
     def test_the_time_that_a_pod_waits_is_within_the_splay(self):
         (splay,) = pods.template(JOB)["initContainers"]
         shell, option, script = splay["command"]
+        (daemon,) = pods.template(DAEMON)["containers"]
+        self.assertIn(script.removeprefix("exec "), daemon["command"][2])
+        for container in (splay, daemon):
+            self.assertIn({"name": "SPLAY", "value": "300"}, container["env"])
         stand_in = self.folder / "sleep"
         stand_in.write_text("#!/bin/sh\necho $1\n", "utf-8")
         stand_in.chmod(0o755)

@@ -25,7 +25,6 @@ from shipping import ROOT, run  # noqa: E402
 FOLDER = ROOT / "deploy/kubernetes"
 IMAGE = "localhost/snmpdiscovery:test"
 SECONDS = 240  # for a busy machine; podman alone takes some ten
-USER = 65534
 
 # Plays a pod until the report is there or a minute has passed; says how its container was
 # started and, if it has ended, with which code.
@@ -88,7 +87,7 @@ class Pods(shipping.LabTest):
 
     def test_the_image_runs_without_any_privilege(self):
         words = ("run", "--rm", "--pull", "never", "--network", "host", "--read-only")
-        words += ("--user", str(USER), "--cap-drop", "all", "--security-opt", "no-new-privileges")
+        words += ("--user", str(pods.USER), "--cap-drop", "all", "--security-opt", "no-new-privileges")
         words = (*self.podman, *words, "--tmpfs", "/tmp")
         outcome = self.in_lab("demo", *words, IMAGE, timeout=SECONDS)
         found = [each["hostname"] for each in json.loads(outcome.out)]
@@ -110,7 +109,7 @@ class Pods(shipping.LabTest):
         given = self.folder / path.stem
         for name in ("community", "reports"):
             (given / name).mkdir(parents=True)
-            os.chown(given / name, USER, USER)
+            os.chown(given / name, pods.USER, pods.USER)
         (given / "community/community").write_text("public\n", "utf-8")
         manifest = given / "pod.yaml"
         manifest.write_text(yaml.safe_dump(self.pod(path, given)), "utf-8")
@@ -120,21 +119,13 @@ class Pods(shipping.LabTest):
         found = [each["hostname"] for each in json.loads(report.read_text("utf-8"))]
         self.assertEqual(sorted(found), sorted(shipping.DEMO), outcome.err)
         (container,) = json.loads(outcome.out)
-        self.assertTrue(container["HostConfig"]["ReadonlyRootfs"])
-        self.assertEqual(container["Config"]["User"], f"{USER}:{USER}")
-        self.assertFalse(container["EffectiveCaps"])
-        self.assertIn("no-new-privileges", container["HostConfig"]["SecurityOpt"])
-        self.assertEqual(container["HostConfig"]["Memory"], 256 * 1024 * 1024)
+        pods.assert_confined(self, container)
         return container["State"]
 
     def pod(self, path, given):
         text = json.dumps(pods.template(path)).replace("$(NODE)", "here")
         pod = json.loads(text)
-        for container in pod["containers"] + pod.get("initContainers", []):
-            container.update(image=IMAGE, imagePullPolicy="Never")
-            for setting in container["env"]:
-                setting["value"] = {"NODE": "here", "SPLAY": "1"}[setting["name"]]
-                setting.pop("valueFrom", None)
+        pods.fit_for_podman(pod, IMAGE)
         for volume in pod["volumes"]:
             if volume["name"] in ("community", "reports"):
                 folder = {"path": str(given / volume["name"]), "type": "Directory"}

@@ -41,6 +41,7 @@ mount --bind "$given" "$upper/root/mnt"
 mount -o remount,bind,ro "$upper/root/mnt"
 if [ -e /etc/resolv.conf ]; then cp -L /etc/resolv.conf "$upper/root/etc/"; fi
 mount -t proc proc "$upper/root/proc"
+mount --rbind /sys "$upper/root/sys"
 mount --bind /dev "$upper/root/dev"
 exec env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin TMPDIR=/tmp HOME=/root LC_ALL=C.UTF-8 \
     chroot "$upper/root" "$@"
