@@ -12,10 +12,12 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "packaging"))
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "app"))
 
+import bills  # noqa: E402
 import hardening  # noqa: E402
 import shipping  # noqa: E402
 from shipping import ROOT, run  # noqa: E402
@@ -118,6 +120,13 @@ class Static(shipping.LabTest):
             self.assertRegex(words[2], r"^\d+\.\d+")
         for name in ("poco", "net-snmp", "openssl", "musl", "libc++", "CLI11"):
             self.assertTrue((self.folder / f"licences/{name}.txt").is_file(), name)
+
+    def test_its_sum_and_its_bill_of_materials(self):
+        archive = self.folder.with_name(f"{self.folder.name}.tar.gz")
+        with unittest.mock.patch.dict(os.environ, SNMPDISCOVERY_BUILD=str(self.build)):
+            bill = bills.check(self, [archive])[archive.name]
+        listed = (self.folder / "licences/LIBRARIES").read_text("utf-8").splitlines()
+        self.assertEqual(bills.libraries(bill), {tuple(each.split()[1:3]) for each in listed})
 
     def test_a_root_with_nothing_but_a_shell(self):
         if os.geteuid() != 0:

@@ -15,13 +15,16 @@ def _anchors(page):
 
 
 def broken(folder, pages=None):
-    """The links of its pages that lead nowhere or out of the folder."""
+    """The links of its pages that lead nowhere or out of the folder, and names of hosts that cannot
+    exist (RFC 2606)."""
     folder = folder.resolve()
     pages = sorted(folder.rglob("*.md")) if pages is None else pages
     if len(pages) < 5:
         raise AssertionError(f"only {len(pages)} documents in {folder}")
     found = []
     for page in pages:
+        hosts = re.findall(r"[\w.-]+\.(?:invalid|localhost)\b", page.read_text("utf-8"))
+        found += [f"{page}: {host}" for host in hosts]
         for link in re.findall(r"\]\(([^)\s]+)\)", _text(page)):
             target, _, anchor = link.partition("#")
             if re.match(r"[a-z]+:", target):
