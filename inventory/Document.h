@@ -10,7 +10,7 @@ class Value;
 
 namespace inventory {
 
-constexpr std::size_t largestDocument = 16 * 1024 * 1024; ///< octets
+constexpr std::size_t largestDocument = std::size_t{16} * 1024 * 1024; ///< octets
 constexpr std::size_t mostEntries = 65536;
 
 /// The addresses of a document: the discovery tool's, or a JSON report. In order, each once.

@@ -14,7 +14,8 @@
 #include <cerrno>
 #include <csignal>
 
-extern char** environ; // POSIX leaves the declaration to the program
+// NOLINTNEXTLINE(readability-redundant-declaration): glibc declares it, macOS leaves it to us
+extern char** environ;
 
 // The tool runs as a child whose standard output is a pipe. The record of the child is the one
 // that a signal's ending works on too, so it is only changed under its lock.
