@@ -13,7 +13,7 @@ using inventory::Number;
 
 using Table = FakePeer::Table;
 
-Name system(unsigned long object)
+Name inSystem(unsigned long object)
 {
     return {1, 3, 6, 1, 2, 1, 1, object, 0};
 }
@@ -34,9 +34,10 @@ const Name lifeCount1 = {1, 3, 6, 1, 2, 1, 43, 10, 2, 1, 4, 1, 1};
 
 Table hostTable()
 {
-    return {{system(1), std::string("a switch")}, {system(2), Name{1, 3, 6, 1, 4, 1, 4294967295}},
-            {system(3), Number{8640000, ""}},     {system(4), std::string("contact")},
-            {system(5), std::string("name")},     {system(6), std::string("here")}};
+    return {
+        {inSystem(1), std::string("a switch")}, {inSystem(2), Name{1, 3, 6, 1, 4, 1, 4294967295}},
+        {inSystem(3), Number{8640000, ""}},     {inSystem(4), std::string("contact")},
+        {inSystem(5), std::string("name")},     {inSystem(6), std::string("here")}};
 }
 
 void addSupply(Table& table, unsigned long row, const std::string& name, long long level,
@@ -146,8 +147,8 @@ TEST(AskingTest, TheFirstRowCountsAndForTheModelDeviceOne)
 TEST(AskingTest, EmptyTextsAndNumbersWithoutALabelAreAbsent)
 {
     Table table = printerTable();
-    table[system(5)] = std::string();
-    table[system(6)] = std::string(4, '\0');
+    table[inSystem(5)] = std::string();
+    table[inSystem(6)] = std::string(4, '\0');
     table[status1] = Number{77, ""};
     table[supply(5, 1)] = Number{99, ""};
     table[supply(6, 1)] = std::string();
@@ -160,12 +161,12 @@ TEST(AskingTest, EmptyTextsAndNumbersWithoutALabelAreAbsent)
 TEST(AskingTest, WhatHasAnotherTypeOrRangeIsAbsent)
 {
     Table table = printerTable();
-    table[system(1)] = Number{1, ""};
-    table[system(2)] = std::string("1.3.6");
-    table[system(3)] = Number{-1, ""};
+    table[inSystem(1)] = Number{1, ""};
+    table[inSystem(2)] = std::string("1.3.6");
+    table[inSystem(3)] = Number{-1, ""};
     table[lifeCount1] = Number{4294967296, ""};
     table[supply(9, 1)] = Number{2147483648, ""};
-    table[system(5)] = {};
+    table[inSystem(5)] = {};
     const Agent agent = asked(table);
 
     EXPECT_FALSE(agent.description || agent.objectID || agent.uptime || agent.pages || agent.name);
@@ -283,7 +284,7 @@ TEST(AskingTest, NamesThatDoNotAscendEndAWalk)
     const std::pair<const char*, std::function<Name(const Name&)>> cases[] = {
         {"the same", [](const Name& name) { return name; }},
         {"the first row again", [](const Name& name) { return supply(name.at(10), 1); }},
-        {"an earlier object", [](const Name&) { return system(1); }},
+        {"an earlier object", [](const Name&) { return inSystem(1); }},
         {"no name", [](const Name&) { return Name(); }}};
     for (const auto& [what, successor] : cases) {
         FakePeer peer(printerTable());
@@ -323,7 +324,7 @@ TEST(AskingTest, MoreOrFewerBindingsThanWereAskedFor)
     for (const std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{100}}) {
         FakePeer peer(printerTable());
         peer.change = [count](const std::vector<Name>&, Answer answer) {
-            answer.bindings.resize(count, {system(9), {}});
+            answer.bindings.resize(count, {inSystem(9), {}});
             return answer;
         };
         EXPECT_EQ(asked(peer).answers, true);
@@ -334,7 +335,7 @@ TEST(AskingTest, MoreOrFewerBindingsThanWereAskedFor)
 TEST(AskingTest, ObjectsThatWereNotAskedForDoNotCount)
 {
     Table table = hostTable();
-    table.erase(system(5));
+    table.erase(inSystem(5));
     table[{1, 3, 6, 1, 2, 1, 1, 5, 1}] = std::string("another instance");
     table[{1, 3, 6, 1, 2, 1, 43, 5, 1, 1, 17}] = std::string("a column without an index");
     const Agent agent = asked(table);

@@ -151,20 +151,28 @@ TEST_F(CommunityTest, WhatASecurityLevelNeeds)
     const std::string authentic = authProtocol + authPhrase;
     const std::string noAuth = "securitylevel = NoAuthNoPriv\n";
 
-    for (const std::string& content :
-         {name, name + noAuth, name + noAuth + authPhrase, name + authNoPriv + authentic,
-          name + authPriv + authentic + privProtocol + privPhrase}) {
+    const std::string right[] = {name, name + noAuth, name + noAuth + authPhrase,
+                                 name + authNoPriv + authentic,
+                                 name + authPriv + authentic + privProtocol + privPhrase};
+    for (const std::string& content : right) {
         EXPECT_NO_THROW(credentials(content)) << content;
     }
-    for (const std::string& content :
-         {std::string("version = 3"), std::string("version = 3\nsecurityname ="),
-          std::string("version = 3\n") + noAuth, name + authPhrase, name + authentic,
-          name + privPhrase, name + authNoPriv, name + authNoPriv + authProtocol,
-          name + authNoPriv + authPhrase, name + authPriv + authentic,
-          name + authPriv + privProtocol + privPhrase,
-          name + authPriv + authProtocol + privProtocol + privPhrase,
-          name + authPriv + authPhrase + privProtocol + privPhrase,
-          name + authPriv + authentic + privProtocol, name + authPriv + authentic + privPhrase}) {
+    const std::string wrong[] = {std::string("version = 3"),
+                                 std::string("version = 3\nsecurityname ="),
+                                 std::string("version = 3\n") + noAuth,
+                                 name + authPhrase,
+                                 name + authentic,
+                                 name + privPhrase,
+                                 name + authNoPriv,
+                                 name + authNoPriv + authProtocol,
+                                 name + authNoPriv + authPhrase,
+                                 name + authPriv + authentic,
+                                 name + authPriv + privProtocol + privPhrase,
+                                 name + authPriv + authProtocol + privProtocol + privPhrase,
+                                 name + authPriv + authPhrase + privProtocol + privPhrase,
+                                 name + authPriv + authentic + privProtocol,
+                                 name + authPriv + authentic + privPhrase};
+    for (const std::string& content : wrong) {
         EXPECT_THROW(credentials(content), Failure) << content;
     }
     EXPECT_NO_THROW(credentials("version = 2c\n" + authPhrase)) << "only version 3 needs a user";

@@ -97,7 +97,7 @@ TEST(DocumentTest, AtMost65536Entries)
 
 TEST(DocumentTest, AtMost16MiB)
 {
-    const std::size_t limit = 16 * 1024 * 1024;
+    const std::size_t limit = std::size_t{16} * 1024 * 1024;
     EXPECT_THAT(addresses("[]" + std::string(limit - 2, ' ')), ElementsAre());
     EXPECT_THROW(addresses("[]" + std::string(limit - 1, ' ')), Failure);
 }

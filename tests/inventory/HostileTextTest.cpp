@@ -24,8 +24,7 @@ const std::string hostileTexts[] = {
     "</title></style><svg/onload=alert(1)>",
     "&lt;b&gt;' onclick='x",
     "\x1b[2J\x1b]0;title\x07",
-    "\xc2\x9b"
-    "2J",                               // CSI as one character of Unicode
+    std::string("\xc2\x9b") + "2J",     // CSI as one character of Unicode
     "\xc2\x80\xc2\x9f\xc2\xa0\xc3\x9b", // the ends of C1, and what is like it but harmless
     "\x1b=1",
     "line\r\nsecond,\"quoted\"\n",
@@ -37,8 +36,8 @@ const std::string hostileTexts[] = {
     "\r=1",
     std::string("a\0b", 3),
     "\x7f\x01\x08",
-    "\xe2\x80\xae"
-    "evil\xe2\x81\xa6",
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): what a hostile agent sends is the subject
+    std::string("\xe2\x80\xae") + "evil\xe2\x81\xa6",
     "\xe2\x80\xa8new line",
     "\\\"},{\"hostname\":\"192.0.2.1\"",
     "{#ADDRESS}",

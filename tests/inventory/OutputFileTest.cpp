@@ -121,7 +121,7 @@ TEST_F(OutputFileTest, OnAFullDiskTheOldReportIsIntactAndNothingElseIsThere)
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     EXPECT_THROW(output.replace(std::string(100000, 'x')), Failure);
     setrlimit(RLIMIT_FSIZE, &former);
-    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(std::signal(SIGXFSZ, handler), SIG_IGN);
 
     EXPECT_EQ(content(report), "old");
     EXPECT_THAT(names(), ElementsAre("report.json"));
