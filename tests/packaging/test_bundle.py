@@ -1,5 +1,5 @@
-"""The bundle: what is in it, and that it runs, moved, on minimal Debian systems that have
-neither POCO nor Net-SNMP, with nothing of either from anywhere else."""
+"""The bundle: what is in it, that it comes out the same elsewhere, and that it runs, moved, on minimal
+Debian systems that have neither POCO nor Net-SNMP, with nothing of either from anywhere else."""
 
 import hashlib
 import os
@@ -196,6 +196,19 @@ class Bundle(shipping.LabTest):
         said = run(ROOT / "scripts/bundle", "--build", self.build, "--output", again)
         after = pathlib.Path(said.splitlines()[-1]).read_bytes()
         self.assertEqual(hashlib.sha256(after).hexdigest(), before)
+
+    def test_the_same_octets_come_out_elsewhere(self):
+        # In another folder, without git, with every object compiled.
+        folder = shipping.work_folder("bundle elsewhere")
+        said = run(ROOT / "scripts/package", "--output", folder, "source")
+        source = pathlib.Path(next(each for each in said.splitlines() if each.endswith(".tar.gz")))
+        run("tar", "-C", folder, "-xzf", source)
+        script = folder / source.name.removesuffix(".tar.gz") / "scripts/bundle"
+        settings = dict(os.environ, CCACHE_DISABLE="1")
+        said = run(script, "--output", folder / "dist", timeout=1100, env=settings)
+        again = pathlib.Path(said.splitlines()[-1])
+        self.assertEqual(again.name, self.archive.name)
+        self.assertEqual(again.read_bytes(), self.archive.read_bytes())
 
     def test_sizes_are_told(self):
         size = sum(os.lstat(p).st_size for p in self.folder.rglob("*") if p.is_file())

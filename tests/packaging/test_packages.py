@@ -1,8 +1,9 @@
-"""The packages: what is in them, that they can be made again elsewhere, and Debian's
-installed on a minimal Debian 12, used in the lab and removed again."""
+"""The packages: what is in them, that they can be made again elsewhere, Debian's installed on a
+minimal Debian 12, used in the lab and removed again, and both installed by the playbook."""
 
 import functools
 import hashlib
+import json
 import os
 import pathlib
 import re
@@ -11,6 +12,7 @@ import unittest
 
 import bills
 import links
+import managed
 import roots
 import shipping
 from shipping import ROOT, run
@@ -192,6 +194,56 @@ class Debian(shipping.LabTest):
                     self.assertTrue(before.startswith("#"), line)
 
 
+class Playbook(shipping.LabTest):
+    """deploy/ansible/install.yml with each kind of package, and discover.yml with what it has
+    installed, over SSH."""
+
+    def test_it_installs_the_debian_package(self):
+        said = run("dpkg-deb", "--field", made()["deb"], "Depends")
+        depends = re.findall(r"([\w.+-]+)(?: \([^)]*\))?(?:, |\n)", said)
+        self.assertIn("libsnmp40", depends)
+        self.install_and_discover("deb", "python3-apt", *depends)
+
+    def test_it_installs_the_rpm_with_the_dnf_of_debian(self):
+        # Debian's own packages of the libraries, and one of RPM that stands for them.
+        libraries = ("libpoconet80", "libpocoutil80", "libsnmp40")
+        self.install_and_discover("rpm", "dnf", "python3-dnf", "rpm", *libraries, before=self.stand_in)
+
+    def stand_in(self, host, folder):
+        """Installs a package with nothing but what the RPM asks of its system."""
+        asked = run("rpm", "-qp", "--requires", made()["rpm"]).splitlines()
+        provides = [each for each in asked if not each.startswith(("rpmlib(", "config("))]
+        self.assertIn("libnetsnmp.so.40()(64bit)", provides)
+        settings = dict(Name="stand-in", Version=1, Release=1, License="none", BuildArch="noarch")
+        lines = [f"{name}: {value}" for name, value in settings.items()]
+        lines += ["Summary: The system's libraries", *(f"Provides: {each}" for each in provides)]
+        spec = folder / "stand-in.spec"
+        spec.write_text("\n".join([*lines, "%description", "%files", ""]), "utf-8")
+        run("rpmbuild", "-bb", "--define", f"_topdir {folder}", "--define", f"_rpmdir {folder}", spec)
+        host.outside("rpm", "--install", "/mnt/noarch/stand-in-1-1.noarch.rpm")
+
+    def install_and_discover(self, kind, *packages, before=None):
+        roots.require_root()
+        folder = shipping.work_folder(f"playbook-{kind}")
+        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
+        host = managed.Host(self, folder, *packages)
+        if before:
+            before(host, folder)
+        package = shutil.copy(made()[kind], folder)
+        beside = pathlib.Path(f"{package}.sha256")
+        beside.write_text("0" * 64 + "  x\n", "utf-8")
+        said = host.play("install.yml", file=package, code=2)
+        self.assertRegex(said, r"(?s)Compare it with the sum .*fatal: .*changed=0 .*failed=1 ")
+        shutil.copy(f"{made()[kind]}.sha256", beside)
+        said = host.play("install.yml", file=package)
+        self.assertRegex(said, r"managed +: ok=\d+ +changed=1 ")
+        said = host.play("install.yml", file=package)
+        self.assertRegex(said, r"managed +: ok=\d+ +changed=0 ")
+        host.play("discover.yml", output=str(folder), snmpdiscovery_splay=0)
+        seen = json.loads((folder / "seen.json").read_text("utf-8"))
+        self.assertEqual(seen, {"seen": {each: ["managed"] for each in IN_ORDER}, "failed": []})
+
+
 class DebianDocuments(unittest.TestCase):
     def test_links_between_the_documents_hold(self):
         folder = shipping.work_folder("deb-contents")
@@ -321,6 +373,9 @@ class Manual(unittest.TestCase):
         options = ("--help", "--Community=", "-c name", "--SNMPPersistPath=path")
         for words in (*options, f"SNMPDiscovery {VERSION}", "EXIT STATUS", "64", "70", "78"):
             self.assertIn(words, text)
+        # One cause of 78, in the same words in both places.
+        for page in (text, (ROOT / "README.md").read_text("utf-8")):
+            self.assertIn("configuration file cannot be read or parsed", " ".join(page.split()))
 
     def test_the_page_of_snmp_inventory_is_clean_and_tells_every_option(self):
         shipping.require("mandoc")
