@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t mostBindings = 16;
 
 /// Microseconds until a request is sent again: often enough that a lost datagram or two do no harm,
-/// seldom enough that a black hole is not sent more than 20 datagrams.
+/// seldom enough that a black hole is sent about ten.
 long resendAfter(std::chrono::seconds time)
 {
     const std::chrono::microseconds whole = time;
