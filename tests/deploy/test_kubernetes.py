@@ -4,6 +4,7 @@ commands in them, run."""
 import json
 import os
 import pathlib
+import re
 import shutil
 import sys
 import unittest
@@ -141,7 +142,7 @@ class Commands(shipping.LabTest):
 
     def test_a_tool_that_hangs_is_given_up(self):
         for command in (self.job, self.daemon):
-            words = [word.replace("300", "1") for word in command]
+            words = [re.sub(r"\b300\b", "1", word) for word in command]
             self.assertNotEqual(words, command)
             self.start(words, 124 if command == self.job else 0, "sleep 100")
             self.assertFalse(self.report.exists())
