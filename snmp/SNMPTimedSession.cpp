@@ -247,10 +247,9 @@ int SNMPTimedSession::Take(snmp_pdu& pdu)
     }
     if (pdu.command == SNMP_MSG_REPORT) {
         m_heard = true;
-        // Net-SNMP sends the request again with the agent's time (RFC 3414, 2.3).
-        if (snmpv3_get_report_type(&pdu) != SNMPERR_NOT_IN_TIME_WINDOW) {
-            m_state = State::refused;
-        }
+        // One that only tells the agent's time (RFC 3414, 2.3) comes here when Net-SNMP has used up
+        // its resends.
+        m_state = State::refused;
         return 1;
     }
     if (pdu.command != SNMP_MSG_RESPONSE) {

@@ -197,8 +197,17 @@ TEST_F(SNMPTimedSessionTest, ASilentEngineOfSNMPv3CostsTheTimeThatItWasGiven)
     EXPECT_GE(agent.Stop().size(), 2U);
 }
 
-/// A report of SNMPv3, "unknown engine ID", to the request whose message identifier it repeats.
-std::string unknownEngine(const std::string& request, const std::string& engine)
+/// The last sub-identifiers of the counters that reports carry (RFC 3414, usmStats).
+enum Counter : char
+{
+    notInTimeWindows = 2,
+    unknownUserNames = 3,
+    unknownEngineIDs = 4
+};
+
+/// A report of SNMPv3 to the request whose message identifier it repeats.
+std::string reportTo(const std::string& request, const std::string& engine, const std::string& user,
+                     Counter counter)
 {
     // SEQUENCE, version, SEQUENCE, identifier: Net-SNMP's lengths are short here, or 0x82 and two.
     const auto skip = [&request](std::size_t at) {
@@ -219,15 +228,18 @@ std::string unknownEngine(const std::string& request, const std::string& engine)
         Field(sequence, Field(integer, content) + Field(integer, largest) +
                             Field(octets, std::string(1, '\0')) + Field(integer, "\x03"));
     const std::string security =
-        Field(octets, Field(sequence, Field(octets, engine) + zero + zero + Field(octets, "") +
+        Field(octets, Field(sequence, Field(octets, engine) + zero + zero + Field(octets, user) +
                                           Field(octets, "") + Field(octets, "")));
-    // usmStatsUnknownEngineIDs.0
-    const std::string binding =
-        Field(sequence, Field(6, std::string("\x2b\x06\x01\x06\x03\x0f\x01\x01\x04\0", 10)) +
-                            Field(0x41, "\x01"));
+    const std::string name = std::string("\x2b\x06\x01\x06\x03\x0f\x01\x01") + char(counter) + '\0';
+    const std::string binding = Field(sequence, Field(6, name) + Field(0x41, "\x01"));
     const std::string report = Field(0xa8, zero + zero + zero + Field(sequence, binding));
     return Field(sequence, Field(integer, "\x03") + global + security +
                                Field(sequence, Field(octets, engine) + Field(octets, "") + report));
+}
+
+std::string unknownEngine(const std::string& request, const std::string& engine)
+{
+    return reportTo(request, engine, "", unknownEngineIDs);
 }
 
 const std::string ownEngine("\x80\x00\x1f\x88\x04own", 8);
@@ -255,6 +267,29 @@ TEST_F(SNMPTimedSessionTest, TheEngineIDIsTheOneThatTheAgentReports)
     ASSERT_EQ(requests.size(), 2U);
     EXPECT_FALSE(contains(requests[0], ownEngine));
     EXPECT_TRUE(contains(requests[1], ownEngine));
+}
+
+TEST_F(SNMPTimedSessionTest, AReportOfTheAgentRefusesTheRequestUnlessItTellsTheTime)
+{
+    for (const Counter counter : {unknownUserNames, notInTimeWindows}) {
+        SCOPED_TRACE(int(counter));
+        LoopbackAgent agent(
+            [&](const LoopbackAgent& self, const std::string& request, size_t number) {
+                self.Reply(number == 0 ? unknownEngine(request, ownEngine)
+                                       : reportTo(request, ownEngine, "nobody", counter));
+            });
+        SNMPTimedSession session(SNMP_VERSION_3, someUser, agent.Host(), 50000);
+
+        EXPECT_EQ(ask(session, 300ms), -1);
+
+        EXPECT_TRUE(session.Heard());
+        const std::size_t requests = agent.Stop().size();
+        if (counter == notInTimeWindows) {
+            EXPECT_GT(requests, 2U) << "it is sent again, with the time";
+        } else {
+            EXPECT_EQ(requests, 2U);
+        }
+    }
 }
 
 TEST_F(SNMPTimedSessionTest, AReportFromAnotherAddressDoesNotCount)
