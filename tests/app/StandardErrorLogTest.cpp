@@ -114,6 +114,13 @@ TEST_P(StandardErrorLogTo, WritesALongMessageInPieces)
     EXPECT_EQ(channel.read(), text);
 }
 
+TEST_P(StandardErrorLogTo, WritesASingleOctet)
+{
+    const Channel channel(GetParam());
+    StandardErrorLog::write(StandardErrorLog::withoutWaiting(channel.writer()), "\n");
+    EXPECT_EQ(channel.read(), "\n");
+}
+
 TEST_P(StandardErrorLogTo, AnErrorFromBeforeNeitherMattersNorIsLost)
 {
     const Channel channel(GetParam());
