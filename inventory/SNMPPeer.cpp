@@ -18,7 +18,7 @@ constexpr std::size_t mostBindings = 16;
 long resendAfter(std::chrono::seconds time)
 {
     const std::chrono::microseconds whole = time;
-    return std::max<long>(whole.count() / 10, 500000);
+    return static_cast<long>(std::max<std::int64_t>(whole.count() / 10, 500000));
 }
 
 Name nameOf(const oid* ids, std::size_t length)

@@ -69,8 +69,8 @@ public:
     /// exponent beyond 64 signed bits is an error.
     ///
     /// A real is deliberately (magnitude + digits * pow(10, -count)) * pow(10, exponent) in
-    /// doubles, which need not be the double nearest to the text. The magnitude 2^63, which only a
-    /// negative number may have, turns negative in it, so that -9223372036854775808.5 is positive.
+    /// doubles, as pow gives it; it need not be the double nearest to the text. Magnitude 2^63,
+    /// which only a negative number has, turns negative in it: -9223372036854775808.5 is positive.
     Value getNumber();
     /// At least one decimal digit, up to the first other character. The result is at most 2^63 - 1,
     /// or 2^63 if `negative`, which comes out as the least long. A digit that would exceed this is

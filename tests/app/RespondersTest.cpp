@@ -10,6 +10,7 @@
 #include <Poco/AutoPtr.h>
 #include <Poco/Bugcheck.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
@@ -28,6 +29,8 @@
 #include <vector>
 
 namespace {
+
+using testing::StartsWith;
 
 int unexpectedErrors = 0;
 
@@ -265,14 +268,16 @@ protected:
 
 TEST_F(ResponderLock, AFailureToLockAddsNothing)
 {
-    EXPECT_EQ(failureToLock([this] { application->AddIP("192.0.2.9"); }), "cannot lock mutex");
+    EXPECT_THAT(failureToLock([this] { application->AddIP("192.0.2.9"); }),
+                StartsWith("cannot lock mutex"));
     EXPECT_EQ(application->m_responders, Responders{});
 }
 
 TEST_F(ResponderLock, AFailureToLockPassesOutOfTheCallback)
 {
     auto record = recordFrom("192.0.2.9");
-    EXPECT_EQ(failureToLock([&] { respond(record.data(), record.size()); }), "cannot lock mutex");
+    EXPECT_THAT(failureToLock([&] { respond(record.data(), record.size()); }),
+                StartsWith("cannot lock mutex"));
     EXPECT_EQ(application->m_responders, Responders{});
 }
 

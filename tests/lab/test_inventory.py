@@ -20,7 +20,7 @@ AUTHENTIC = "authprotocol = SHA\nauthpassphrase = authentic-phrase\n"
 LEFTOVERS = """
 for turn in $(seq 40); do
     left=$(ls -d "$TMPDIR"/snmp-inventory-* /tmp/snmp-inventory-* 2>/dev/null; \
-        for each in /proc/[0-9]*; do readlink "$each/exe"; done 2>/dev/null | grep SNMPDiscovery)
+        for each in /proc/[0-9]*; do readlink "$each/exe"; done 2>/dev/null | grep "/SNMPDiscovery$")
     [ -z "$left" ] && break
     sleep 0.05
 done
@@ -121,7 +121,7 @@ class Discovering(InventoryTest):
         self.assertEqual(found["198.51.100.21"]["name"], "private")
 
     def test_the_community_is_in_no_argument_and_the_folder_private_and_gone(self):
-        condition = "readlink /proc/[0-9]*/exe | grep -q SNMPDiscovery"
+        condition = "readlink /proc/[0-9]*/exe | grep -q /SNMPDiscovery$"
         script = f"""
         "$0" --no-ask --community-file "$1" >"$TMPDIR/out" & program=$!
         for turn in $(seq 100); do {condition} && break; sleep 0.05; done
@@ -326,10 +326,10 @@ class Failing(InventoryTest):
         head -c 1000000 /dev/zero >fill 2>/dev/null
         "$0" --from "$1" --format html --output report; echo "full: $?"
         rm fill; ls -A; cat report; echo
-        mount -o remount,ro "$TMPDIR/disk"
+        mount -o remount,bind,ro "$TMPDIR/disk"
         "$0" --from "$1" --format html --output report; echo "read-only: $?"
         ls -A; cat report; echo
-        mount -o remount,rw "$TMPDIR/disk"
+        mount -o remount,bind,rw "$TMPDIR/disk"
         "$0" --from "$2" --output report; echo "bad document: $?"
         "$0" --from "$1" --compare "$2" --output report; echo "bad comparison: $?"
         ls -A; cat report; echo
@@ -357,7 +357,7 @@ class Signals(InventoryTest):
         self.assertRegex(said, r"(?m)^left: $")
         self.assertNotIn("never", said)
 
-    RUNNING = "readlink /proc/[0-9]*/exe | grep -q SNMPDiscovery"
+    RUNNING = "readlink /proc/[0-9]*/exe | grep -q /SNMPDiscovery$"
 
     def test_sigterm_while_the_tool_runs(self):
         self.signalled(self.RUNNING, "TERM", "--community-file", self.file("secret"))
@@ -405,7 +405,7 @@ class Signals(InventoryTest):
 signal.signal(signal.SIGINT, signal.SIG_DFL)
 os.execv(sys.argv[1], sys.argv[1:])' "$0" --no-ask >/dev/null & program=$!
         for turn in $(seq 100); do
-            readlink /proc/[0-9]*/exe | grep -q SNMPDiscovery && break
+            readlink /proc/[0-9]*/exe | grep -q /SNMPDiscovery$ && break
             sleep 0.05
         done
         kill -INT $program; wait $program; echo "ended: $?"
@@ -427,7 +427,7 @@ signal.signal(signal.SIGCHLD, signal.SIG_IGN)
 signal.signal(signal.SIGHUP, signal.SIG_IGN)
 os.execv(sys.argv[1], sys.argv[1:])' "$0" --no-ask >"$TMPDIR/out" & program=$!
         for turn in $(seq 100); do
-            readlink /proc/[0-9]*/exe | grep -q SNMPDiscovery && break
+            readlink /proc/[0-9]*/exe | grep -q /SNMPDiscovery$ && break
             sleep 0.05
         done
         kill -HUP $program; wait $program; echo "ended: $?"; cat "$TMPDIR/out" """

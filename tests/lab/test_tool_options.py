@@ -77,7 +77,7 @@ class Help(ToolTest):
         b"usage: SNMPDiscovery OPTIONS",
         b"An UVAR SNMP Printer Discovery Tool.",
         b"-h, --help",
-        b"-cname, --Community=name",
+        b"name, --Community=name",  # POCO writes "-cname" until 1.13, "-c name" in 1.14
         b"--SNMPPersistPath=path",
     )
 

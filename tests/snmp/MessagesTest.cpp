@@ -57,7 +57,8 @@ TEST_F(Messages, GoElsewhereIfTheConfigurationSaysSo)
     const TemporaryDirectory directory;
     const std::string name = directory.path() / "log";
     UVARNETSNMP::RouteMessages(&Write, 7);
-    snmp_enable_filelog(name.c_str(), 0);
+    std::string option = "f " + name; // as "logOption f NAME" of a configuration file does
+    snmp_log_options(option.data(), 0, nullptr);
     snmp_log(LOG_ERR, "elsewhere\n");
     EXPECT_THAT(Written(), IsEmpty());
     std::ostringstream text;

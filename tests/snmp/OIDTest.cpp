@@ -21,6 +21,8 @@ using UVARNETSNMP::OID;
 
 namespace {
 
+constexpr oid highestBit = ~(std::numeric_limits<oid>::max() >> 1);
+
 void expectEmpty(const OID& id)
 {
     EXPECT_EQ(id.oidptr(), nullptr);
@@ -227,7 +229,7 @@ INSTANTIATE_TEST_SUITE_P(Table, OIDEquality,
                                          Pair{"Prefix", {1, 3}, {1, 3, 6}, false},
                                          Pair{"FirstDiffers", {2, 3, 6}, {1, 3, 6}, false},
                                          Pair{"LastDiffers", {1, 3, 6}, {1, 3, 7}, false},
-                                         Pair{"HighHalfDiffers", {1}, {0x100000001}, false}),
+                                         Pair{"HighestBitDiffers", {1}, {highestBit | 1}, false}),
                          RowName());
 
 TEST(OIDEqualityOf, TheCapacityDoesNotCount)
@@ -545,6 +547,8 @@ TEST_F(OIDParsing, ReadsWhatTheParserAccepts)
     EXPECT_TRUE(OID("SNMPv2-MIB::sysUpTime.0") == OID("sysUpTime.0"));
     EXPECT_TRUE(OID(".1.3.6.1") == makeOID({1, 3, 6, 1}));
     EXPECT_TRUE(OID("1.3.4294967295") == makeOID({1, 3, 4294967295}));
+    EXPECT_TRUE(OID("1.3.18446744073709551617") ==
+                makeOID({1, 3, std::numeric_limits<oid>::max()}));
     EXPECT_TRUE(OID("prtMarkerLifeCount.1.1") ==
                 makeOID({1, 3, 6, 1, 2, 1, 43, 10, 2, 1, 4, 1, 1}));
 }

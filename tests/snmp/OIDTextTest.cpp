@@ -19,6 +19,7 @@ using OIDFakes::Replace;
 using OIDFakes::slots;
 using testing::ElementsAre;
 using testing::Pair;
+using testing::StartsWith;
 using UVARNETSNMP::OID;
 
 namespace {
@@ -145,7 +146,7 @@ TEST(OIDDottedNotation, PrintsTheLowHalfOfEachAsASignedNumber)
     EXPECT_EQ(makeOID({0}).toDottedNotation(), "0");
     EXPECT_EQ(makeOID({1, 3, 4294967295}).toDottedNotation(), "1.3.-1");
     EXPECT_EQ(makeOID({2147483647, 2147483648}).toDottedNotation(), "2147483647.-2147483648");
-    EXPECT_EQ(makeOID({0x100000007}).toDottedNotation(), "7");
+    EXPECT_EQ(makeOID({static_cast<oid>(0x100000007)}).toDottedNotation(), "7");
     EXPECT_EQ(OID().toDottedNotation(), "");
 }
 
@@ -220,7 +221,7 @@ TEST_F(OctetString, LengthIsASigned32BitCount)
     EXPECT_EQ(valueOf("abc", 0xffffffff), "") << "-1";
     EXPECT_EQ(valueOf("abc", 0x80000000), "") << "the most negative count";
     EXPECT_EQ(valueOf("abc", std::numeric_limits<std::size_t>::max()), "");
-    EXPECT_EQ(valueOf("abc", 0x100000002), "ab");
+    EXPECT_EQ(valueOf("abc", static_cast<std::size_t>(0x100000002)), "ab");
 }
 
 TEST_F(OctetString, WithoutBytesIsEmptyWhateverItsLength)
@@ -287,8 +288,9 @@ TEST_F(Enumeration, GivesTheLabelOfTheFirstMatchWithoutPrinting)
 TEST_F(Enumeration, ComparesTheEntryWithItsSignWithTheWholeInteger)
 {
     EXPECT_EQ(valueOf(-1), "negative");
-    EXPECT_EQ(valueOf(4294967295), "4294967295") << "the bits of -1 in 32";
-    EXPECT_EQ(valueOf(4294967297), "4294967297") << "1 in its low half";
+    constexpr long half = 1L << (4 * sizeof(long)); // 2^32 where long has 64 bits
+    EXPECT_EQ(valueOf(half - 1), std::to_string(half - 1)) << "the bits of -1 in the low half";
+    EXPECT_EQ(valueOf(half + 1), std::to_string(half + 1)) << "1 in the low half";
 }
 
 TEST_F(Enumeration, WithoutAMatchThePrinterPrints)
@@ -599,7 +601,7 @@ TEST_F(OIDLockFailure, PassesOutOfToValueWithTheSettingsAsTheyWere)
 {
     const PrintSettings before(false, false);
     IntegerBinding var(1);
-    EXPECT_EQ(failureToLock([&] { m_id.toValue(var.get()); }), "cannot lock mutex");
+    EXPECT_THAT(failureToLock([&] { m_id.toValue(var.get()); }), StartsWith("cannot lock mutex"));
     EXPECT_FALSE(quickPrint());
     EXPECT_FALSE(numericTicks());
 }
@@ -607,7 +609,8 @@ TEST_F(OIDLockFailure, PassesOutOfToValueWithTheSettingsAsTheyWere)
 TEST_F(OIDLockFailure, PassesOutOfToStringWithTheFormatAsItWas)
 {
     const int before = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT);
-    EXPECT_EQ(failureToLock([&] { m_id.toString(NETSNMP_OID_OUTPUT_NONE); }), "cannot lock mutex");
+    EXPECT_THAT(failureToLock([&] { m_id.toString(NETSNMP_OID_OUTPUT_NONE); }),
+                StartsWith("cannot lock mutex"));
     EXPECT_EQ(netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OID_OUTPUT_FORMAT), before);
 }
 

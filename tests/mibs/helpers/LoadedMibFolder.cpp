@@ -29,7 +29,11 @@ LoadedMibFolder& LoadedMibFolder::Get()
 LoadedMibFolder::LoadedMibFolder() : m_mibs("MIBS", "Printer-MIB")
 {
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, Record, &m_logged);
-    netsnmp_register_loghandler(NETSNMP_LOGHANDLER_CALLBACK, LOG_DEBUG);
+    // One gets the notices and worse: releases of Net-SNMP differ in what they take pri_max for,
+    // see snmp/Messages.cpp.
+    for (const int most : {LOG_EMERG, LOG_DEBUG}) {
+        netsnmp_register_loghandler(NETSNMP_LOGHANDLER_CALLBACK, LOG_DEBUG)->pri_max = most;
+    }
 
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_SAVE_MIB_DESCRS, 1);
     // Also about what Net-SNMP ignores by default, such as a second definition of a name.
