@@ -24,7 +24,9 @@ namespace UVARNETSNMP {
 /// s_mutex cannot be locked; nothing else throws.
 ///
 /// A sub-identifier has the width of Net-SNMP's oid, an unsigned long: 64 bits on most systems, 32
-/// on 32-bit ones. SNMP allows 32 bits (RFC 2578, section 3.5), so either can name every object.
+/// on 32-bit ones. SNMP allows 32 bits (RFC 2578, section 3.5), so either can name every object. In a
+/// text, a number that is too large becomes the largest: "1.3.4294967296" names 1.3.4294967295 where
+/// a sub-identifier has 32 bits.
 ///
 /// Threads: an OID is not locked; concurrent use of one object needs outside locking.
 class OID
