@@ -26,9 +26,10 @@ case "$target" in
 esac
 jobs=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
-# Hardened like the tool (cmake/Hardening.cmake). Sections, so that the static executable takes only
+# Without -g0 this compiler writes for debuggers what is stripped in the end. Hardened like the tool
+# (cmake/Hardening.cmake). Sections, so that the static executable takes only
 # what it calls. Debian compiles these sources without its own warnings, too.
-flags="-O2 -fPIC -fstack-protector-strong -ffunction-sections -fdata-sections -w"
+flags="-O2 -g0 -fPIC -fstack-protector-strong -ffunction-sections -fdata-sections -w"
 flags+=" -ffile-prefix-map=$here/source/= -ffile-prefix-map=$work/zig/=" # no path of the build in them
 
 export CC=$here/bin/cc CXX=$here/bin/c++ AR=$here/bin/ar RANLIB=$here/bin/ranlib
