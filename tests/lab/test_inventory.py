@@ -19,7 +19,7 @@ AUTHENTIC = "authprotocol = SHA\nauthpassphrase = authentic-phrase\n"
 # What the program must not leave behind, however it ended: its folder and its child.
 LEFTOVERS = """
 for turn in $(seq 40); do
-    left=$(ls -d "$TMPDIR"/snmp-inventory-* /tmp/snmp-inventory-* 2>/dev/null; \
+    left=$(ls -d "$TMPDIR"/snmp-inventory-* 2>/dev/null; \
         for each in /proc/[0-9]*; do readlink "$each/exe"; done 2>/dev/null | grep "/SNMPDiscovery$")
     [ -z "$left" ] && break
     sleep 0.05
