@@ -96,7 +96,7 @@ TEST_F(ToolRunTest, AToolThatIgnoresSIGTERMIsKilled)
     const fs::path pid = folder() / "pid";
     const auto start = std::chrono::steady_clock::now();
     failure("trap '' TERM INT HUP; echo $$ >" + pid.string() + "; while :; do sleep 0.05; done",
-            300ms);
+            2s);
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
     pid_t child = 0;
     std::ifstream(pid) >> child;
@@ -133,6 +133,10 @@ TEST_F(ToolRunTest, WhatCannotBeStarted)
     const fs::path plain = folder() / "plain";
     std::ofstream(plain) << "#!/bin/sh\n";
     EXPECT_THROW(ToolRun(plain.string()), Failure);
+#ifdef SNMPDISCOVERY_EMULATED
+    GTEST_SKIP()
+        << "NOT TESTED to the end: qemu-user's posix_spawn() does not tell of a failing exec";
+#endif
     fs::permissions(plain, fs::perms::owner_all);
     std::ofstream(plain) << "#!/nonexistent/interpreter\n";
     EXPECT_THROW(ToolRun(plain.string()).document(5s, [] {}), Failure);

@@ -277,6 +277,9 @@ TEST_F(SNMPSessionLoopback, AStreamThatItsPeerCloses)
 
 TEST_F(SNMPSessionLoopback, ADescriptorThatAnOrdinarySetDoesNotHold)
 {
+#ifdef SNMPDISCOVERY_EMULATED
+    GTEST_SKIP() << "NOT TESTED: qemu-user's select() holds only such a set itself";
+#endif
     for (const int first : {FD_SETSIZE - 1, FD_SETSIZE, FD_SETSIZE + 1, 3 * FD_SETSIZE}) {
         SCOPED_TRACE(first);
         LoopbackAgent agent(&Answer);
