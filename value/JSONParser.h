@@ -12,11 +12,13 @@
 /// function. No function recurses.
 ///
 /// All but getToken() throw on bad input: std::exception for a wrong character,
-/// std::ios_base::failure when the stream ends or fails. What was read until then stays consumed.
+/// std::ios_base::failure when the stream ends or fails, and what its buffer throws. What was read
+/// until then stays consumed.
 /// Of the wrong characters themselves, these are consumed:
 /// - one in the place of a letter of true, false or null;
 /// - one after a backslash with which it makes no escape;
 /// - one in the place of the backslash or the u of a surrogate pair's second half;
+/// - the four digits of a surrogate pair's second half that is none;
 /// - the digit that makes a number too large.
 /// All others are left unread.
 ///

@@ -43,7 +43,7 @@ struct HolderTraits<std::map<std::string, Value>> : TreeTraits<std::map<std::str
 /// The kinds of Value, each with the type that its holder holds.
 enum class ValueKind
 {
-    Nil,     ///< `void*`, always null, or an empty holder
+    Nil,     ///< `void*`, null unless a holder of one was given, or an empty holder
     Boolean, ///< `bool`
     Integer, ///< `int`
     Long,    ///< `long long`
@@ -56,7 +56,7 @@ enum class ValueKind
 
 /// A dynamically typed value with a script language's loose conversions: each gives a result for
 /// every kind. A copy is deep: values share nothing. A value that was moved from is nil. No
-/// operation's stack grows with the depth of nesting.
+/// operation's stack grows with the depth of arrays and hashes.
 ///
 /// Any number of threads may read a value while none changes it.
 class Value
@@ -64,7 +64,7 @@ class Value
 public:
     using Array = std::vector<Value>;          ///< what an array holds
     using Hash = std::map<std::string, Value>; ///< ordered by the bytes of its keys
-    using Kind = ValueKind;                    ///< short for the eight kinds
+    using Kind = ValueKind;                    ///< short for the kinds
 
     /// Nil, with an empty holder.
     Value() noexcept = default;
@@ -141,7 +141,7 @@ public:
     /// that breaks off inside a number ("1e", "2.5e+") gives 0.0, as it does from a stream.
     double to_f() const;
     /// A copy of an array; an array [key, value] for each entry of a hash, in key order; nothing
-    /// for nil; else one element, this value.
+    /// for nil and other types; else one element, this value.
     Array to_a() const;
     /// A copy of a hash; empty for every other kind, deliberately for an array of pairs too.
     Hash to_h() const;

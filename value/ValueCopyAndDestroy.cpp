@@ -146,8 +146,7 @@ Value* lastChild(Value& tree) noexcept
 }
 
 /// `parent` is the parent of `tree`; the slot that `tree` came from holds the parent of `parent`.
-/// In
-/// [[[1]]] with the arrays A, B and C, from the outermost to the innermost:
+/// In [[[1]]] with the arrays A, B and C, from the outermost to the innermost:
 ///
 ///     tree = A    parent = empty
 ///     tree = B    parent = A, whose slot of B holds the empty value

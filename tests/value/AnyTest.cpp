@@ -130,8 +130,9 @@ void expectEveryMismatch(const Any& any)
 
 TYPED_TEST(AnyOfKindTest, HoldsACopyOfTheObject)
 {
-    const auto object = sample<TypeParam>();
+    auto object = sample<TypeParam>(); // could be moved from
     const Any any(object);
+    EXPECT_EQ(describeHeld(object), describeHeld(sample<TypeParam>()));
     EXPECT_FALSE(any.empty());
     EXPECT_TRUE(any.type() == typeid(TypeParam));
     EXPECT_EQ(describeHeld(AnyCast<TypeParam>(any)), describeHeld(object));

@@ -17,6 +17,7 @@ struct BufferKind
         Quiet,         ///< end of the stream
         Throws,        ///< std::runtime_error, as of a device
         ThrowsFailure, ///< std::ios_base::failure, which a stream throws itself
+        ThrowsNumber,  ///< an int, which no handler of std::exception catches
     };
 
     const char* name;
@@ -36,6 +37,7 @@ inline constexpr BufferKind bufferKinds[] = {
     {"UnbufferedThrows", 0, BufferKind::End::Throws},
     {"SevensThrowFailure", 7, BufferKind::End::ThrowsFailure},
     {"UnbufferedThrowsFailure", 0, BufferKind::End::ThrowsFailure},
+    {"SevensThrowANumber", 7, BufferKind::End::ThrowsNumber},
 };
 
 /// A stream buffer over bytes in memory that tells how many of them were consumed.
