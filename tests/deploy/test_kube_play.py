@@ -119,9 +119,8 @@ class KubePlay(shipping.LabTest):
 
     def test_the_job_leaves_a_report_and_ends(self):
         found = pods.manifests(FOLDER / "snmpdiscovery.yaml")
-        spec = found["CronJob"]["spec"]["jobTemplate"]["spec"]
         job = {"apiVersion": "batch/v1", "kind": "Job", "metadata": {"name": "snmpdiscovery"}}
-        job["spec"] = spec
+        job.update(found["CronJob"]["spec"]["jobTemplate"])
         state = self.play(found["Secret"], found["PersistentVolumeClaim"], self.fit(job))
         self.assertEqual((state["Status"], state["ExitCode"]), ("exited", 0))
 

@@ -217,9 +217,9 @@ class Playbook(shipping.LabTest):
         settings = dict(Name="stand-in", Version=1, Release=1, License="none", BuildArch="noarch")
         lines = [f"{name}: {value}" for name, value in settings.items()]
         lines += ["Summary: The system's libraries", *(f"Provides: {each}" for each in provides)]
-        spec = folder / "stand-in.spec"
-        spec.write_text("\n".join([*lines, "%description", "%files", ""]), "utf-8")
-        run("rpmbuild", "-bb", "--define", f"_topdir {folder}", "--define", f"_rpmdir {folder}", spec)
+        recipe = folder / "stand-in.spec"
+        recipe.write_text("\n".join([*lines, "%description", "%files", ""]), "utf-8")
+        run("rpmbuild", "-bb", "--define", f"_topdir {folder}", "--define", f"_rpmdir {folder}", recipe)
         host.outside("rpm", "--install", "/mnt/noarch/stand-in-1-1.noarch.rpm")
 
     def install_and_discover(self, kind, *packages, before=None):
